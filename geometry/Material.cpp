@@ -1,0 +1,7 @@
+#include "geometry/Material.h"
+
+namespace korvel {
+
+const char* Material::className = "Material";
+
+}  // namespace korvel
