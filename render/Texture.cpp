@@ -1,0 +1,7 @@
+#include "render/Texture.h"
+
+namespace korvel {
+
+const char* Texture::className = "Texture";
+
+}  // namespace korvel
