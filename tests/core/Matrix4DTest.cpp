@@ -1,0 +1,406 @@
+#include "core/Matrix4D.h"
+#include "support/CaptureStdout.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <sstream>
+
+namespace {
+
+constexpr float halfPi = 1.57079632679f;
+
+void expectNear(const Matrix4D& a, const Matrix4D& b, float tolerance)
+{
+    for (int i = 0; i < 16; ++i) {
+        EXPECT_NEAR(a.m[i], b.m[i], tolerance) << "element " << i;
+    }
+}
+
+void expectNear(const Vector4D& v, const Vector4D& expected, float tolerance = 1e-6f)
+{
+    EXPECT_NEAR(v.x, expected.x, tolerance);
+    EXPECT_NEAR(v.y, expected.y, tolerance);
+    EXPECT_NEAR(v.z, expected.z, tolerance);
+    EXPECT_NEAR(v.w, expected.w, tolerance);
+}
+
+// Straight from the definition: element (r, c) is the sum over k of a(r, k) b(k, c).
+Matrix4D referenceProduct(const Matrix4D& a, const Matrix4D& b)
+{
+    Matrix4D p;
+    for (int r = 0; r < 4; ++r) {
+        for (int c = 0; c < 4; ++c) {
+            double sum = 0.0;
+            for (int k = 0; k < 4; ++k) {
+                sum += static_cast<double>(a.m[4 * k + r]) * b.m[4 * c + k];
+            }
+            p.m[4 * c + r] = static_cast<float>(sum);
+        }
+    }
+    return p;
+}
+
+Matrix4D randomMatrix(std::mt19937& generator, float low = -10.0f, float high = 10.0f)
+{
+    std::uniform_real_distribution<float> value(low, high);
+    Matrix4D a;
+    for (float& element : a.m) {
+        element = value(generator);
+    }
+    return a;
+}
+
+// Orthonormal 3x3 block with determinant +1.
+void expectRotation(const Matrix4D& r)
+{
+    const Vector4D c0(r.m[0], r.m[1], r.m[2], 0);
+    const Vector4D c1(r.m[4], r.m[5], r.m[6], 0);
+    const Vector4D c2(r.m[8], r.m[9], r.m[10], 0);
+    EXPECT_NEAR(c0.norm3D(), 1.0f, 1e-5f);
+    EXPECT_NEAR(c1.norm3D(), 1.0f, 1e-5f);
+    EXPECT_NEAR(c2.norm3D(), 1.0f, 1e-5f);
+    EXPECT_NEAR(c0.scal3D(c1), 0.0f, 1e-5f);
+    EXPECT_NEAR(c0.scal3D(c2), 0.0f, 1e-5f);
+    EXPECT_NEAR(c1.scal3D(c2), 0.0f, 1e-5f);
+    EXPECT_NEAR(c0.pvect3D(c1).scal3D(c2), 1.0f, 1e-5f);
+}
+
+TEST(Matrix4DTest, DefaultIsZeroAndIdentityHasOnesOnTheDiagonal)
+{
+    const Matrix4D zero;
+    for (float element : zero.m) {
+        EXPECT_EQ(element, 0.0f);
+    }
+    Matrix4D identity = Matrix4D::getI4();
+    Matrix4D set;
+    set.setI4();
+    for (int i = 0; i < 16; ++i) {
+        EXPECT_EQ(identity.m[i], (i % 5 == 0) ? 1.0f : 0.0f);
+        EXPECT_EQ(set.m[i], identity.m[i]);
+    }
+    EXPECT_EQ(sizeof(zero.m), 16 * sizeof(float));
+}
+
+TEST(Matrix4DTest, LinesAndColumnsFollowColumnMajorStorage)
+{
+    const Matrix4D a(Vector4D(0, 1, 2, 3), Vector4D(4, 5, 6, 7), Vector4D(8, 9, 10, 11), Vector4D(12, 13, 14, 15));
+    for (int i = 0; i < 16; ++i) {
+        EXPECT_EQ(a.m[i], static_cast<float>(i));
+    }
+    expectNear(a.getLine(1), Vector4D(1, 5, 9, 13));
+    expectNear(a.getColumn(3), Vector4D(12, 13, 14, 15));
+    expectNear(a.getPosition(), Vector4D(12, 13, 14, 15));
+
+    Matrix4D b;
+    b.setLines(a.getLine(0), a.getLine(1), a.getLine(2), a.getLine(3));
+    expectNear(b, a, 0.0f);
+    b.exchangeLines(0, 2);
+    expectNear(b.getLine(0), a.getLine(2));
+    b.mulLine(1, 2.0f);
+    expectNear(b.getLine(1), a.getLine(1) * 2.0f);
+    b.addMulLineToLine(-1.0f, 0, 2);
+    expectNear(b.getLine(2), a.getLine(0) - a.getLine(2));
+
+    CaptureStdout out;
+    const Matrix4D before(b);
+    b.setColumn(4, Vector4D(1, 1, 1, 1));
+    b.setLine(-1, Vector4D(1, 1, 1, 1));
+    b.exchangeLines(0, 9);
+    expectNear(b, before, 0.0f);
+    expectNear(b.getColumn(7), Vector4D());
+    EXPECT_NE(out.text().find("[Error] Matrix4D::setColumn: index 4 is not a line or column (0 to 3)\n"),
+              std::string::npos);
+    EXPECT_NE(out.text().find("[Error] Matrix4D::getColumn: index 7"), std::string::npos);
+}
+
+TEST(Matrix4DTest, ProductsMatchTheDefinitionAndApplyTheRightFactorFirst)
+{
+    std::mt19937 generator(11);
+    for (int round = 0; round < 20; ++round) {
+        const Matrix4D a = randomMatrix(generator);
+        const Matrix4D b = randomMatrix(generator);
+        expectNear(a * b, referenceProduct(a, b), 1e-3f);
+        const Vector4D v(1.5f, -2.0f, 0.25f, 1.0f);
+        expectNear((a * b) * v, a * (b * v), 1e-2f);
+    }
+
+    Matrix4D translate = Matrix4D::getI4();
+    translate.setPosition(5, 0, 0);
+    const Matrix4D rotate = Matrix4D::getRz(halfPi);
+    // Rotate first, then translate: X goes to Y, then moves along X.
+    expectNear((translate * rotate) * Vector4D(1, 0, 0, 1), Vector4D(5, 1, 0, 1), 1e-6f);
+
+    const Matrix4D a = randomMatrix(generator);
+    const Matrix4D b = randomMatrix(generator);
+    const Matrix4D full = referenceProduct(a, b);
+    const Matrix4D block = a.mul3(b);
+    for (int c = 0; c < 4; ++c) {
+        for (int r = 0; r < 4; ++r) {
+            const int i = 4 * c + r;
+            if (c < 3 && r < 3) {
+                const double partial = full.m[i] - static_cast<double>(a.m[12 + r]) * b.m[4 * c + 3];
+                EXPECT_NEAR(block.m[i], partial, 1e-3) << i;
+            } else {
+                EXPECT_EQ(block.m[i], b.m[i]) << i;
+            }
+        }
+    }
+
+    Matrix4D sum = a + b;
+    sum -= b;
+    expectNear(sum, a, 1e-5f);
+    expectNear((a * 2.0f) - a, a, 1e-5f);
+}
+
+TEST(Matrix4DTest, InverseTimesMatrixIsTheIdentityForManyRandomMatrices)
+{
+    std::mt19937 generator(2024);
+    const Matrix4D identity = Matrix4D::getI4();
+    for (int round = 0; round < 500; ++round) {
+        // A dominant diagonal keeps them well conditioned; its sign varies so
+        // that pivots are searched for and lines exchanged.
+        Matrix4D a = randomMatrix(generator, -1.0f, 1.0f);
+        a.m[4 * (round % 4) + (round / 4) % 4] += (round % 2 == 0) ? 6.0f : -6.0f;
+        for (int i = 0; i < 4; ++i) {
+            a.m[5 * i] += (round % 3 == 0) ? -3.0f : 3.0f;
+        }
+        const Matrix4D copy(a);
+        Matrix4D inverse;
+        ASSERT_TRUE(a.invert(inverse)) << round;
+        expectNear(a * inverse, identity, 1e-4f);
+        expectNear(inverse * a, identity, 1e-4f);
+        expectNear(a, copy, 0.0f);
+    }
+
+    // A rigid motion inverts to its transpose and opposite translation.
+    Matrix4D motion = Matrix4D::getRx(0.3f);
+    motion.rotZ(1.1f);
+    motion.setPosition(3, -4, 5);
+    Matrix4D inverse;
+    ASSERT_TRUE(motion.invert(inverse));
+    expectNear(inverse * Vector4D(3, -4, 5, 1), Vector4D(0, 0, 0, 1), 1e-5f);
+}
+
+TEST(Matrix4DTest, InversionHandlesIdentityLineExchangesAndSingularMatrices)
+{
+    Matrix4D inverse;
+    ASSERT_TRUE(Matrix4D::getI4().invert(inverse));
+    expectNear(inverse, Matrix4D::getI4(), 0.0f);
+
+    // A zero at (0, 0) needs a line exchange: a permutation with scales.
+    Matrix4D permutation;
+    permutation.setLines(Vector4D(0, 2, 0, 0), Vector4D(4, 0, 0, 0), Vector4D(0, 0, 0, 1), Vector4D(0, 0, 8, 0));
+    ASSERT_TRUE(permutation.invert(inverse));
+    expectNear(permutation * inverse, Matrix4D::getI4(), 0.0f);
+
+    Matrix4D zeroColumn = Matrix4D::getI4();
+    zeroColumn.setColumn(2, Vector4D());
+    EXPECT_FALSE(zeroColumn.invert(inverse));
+
+    // Line 1 is twice line 0: the second pivot search finds only zeros.
+    Matrix4D dependent;
+    dependent.setLines(Vector4D(1, 2, 0, 0), Vector4D(2, 4, 0, 0), Vector4D(0, 0, 1, 0), Vector4D(0, 0, 0, 1));
+    EXPECT_FALSE(dependent.invert(inverse));
+    EXPECT_FALSE(Matrix4D().invert(inverse));
+
+    Matrix4D scratch = Matrix4D::getI4();
+    EXPECT_FALSE(scratch.normalisePivot(4, inverse));
+    EXPECT_FALSE(scratch.normalisePivot(-1, inverse));
+}
+
+TEST(Matrix4DTest, AxisRotationsAreRightHandedAndMixOnlyTheirTwoLines)
+{
+    Matrix4D x = Matrix4D::getI4();
+    x.rotX(halfPi);
+    expectNear(x * Vector4D::axisY, Vector4D::axisZ);
+    Matrix4D y = Matrix4D::getI4();
+    y.rotY(halfPi);
+    expectNear(y * Vector4D::axisZ, Vector4D::axisX);
+    Matrix4D z = Matrix4D::getI4();
+    z.rotZ(halfPi);
+    expectNear(z * Vector4D::axisX, Vector4D::axisY);
+
+    std::mt19937 generator(5);
+    for (int round = 0; round < 10; ++round) {
+        const float angle = std::uniform_real_distribution<float>(-4.0f, 4.0f)(generator);
+        const Matrix4D m = randomMatrix(generator);
+        Matrix4D rx(m);
+        rx.rotX(angle);
+        expectNear(rx, Matrix4D::getRx(angle) * m, 1e-4f);
+        expectNear(rx.getLine(0), m.getLine(0), 0.0f);
+        expectNear(rx.getLine(3), m.getLine(3), 0.0f);
+        Matrix4D ry(m);
+        ry.rotY(angle);
+        expectNear(ry, Matrix4D::getRy(angle) * m, 1e-4f);
+        Matrix4D rz(m);
+        rz.rotZ(angle);
+        expectNear(rz, Matrix4D::getRz(angle) * m, 1e-4f);
+        expectRotation(Matrix4D::getRx(angle));
+        expectRotation(Matrix4D::getRy(angle));
+        expectRotation(Matrix4D::getRz(angle));
+    }
+}
+
+TEST(Matrix4DTest, AxisAngleRotationKeepsItsAxisAndTheTranslation)
+{
+    const float angle = 0.7f;
+    Matrix4D aboutX = Matrix4D::getI4();
+    aboutX.rotULocal(Vector4D::axisX, angle);
+    expectNear(aboutX, Matrix4D::getRx(angle), 1e-6f);
+    Matrix4D aboutY = Matrix4D::getI4();
+    aboutY.rotULocal(Vector4D::axisY, angle);
+    expectNear(aboutY, Matrix4D::getRy(angle), 1e-6f);
+
+    Vector4D axis(1, -2, 0.5f, 0);
+    axis.normalize3D();
+    Matrix4D m = Matrix4D::getRz(0.4f);
+    m.setPosition(7, 8, 9);
+    m.m[3] = 0.5f;  // an odd bottom line must survive too
+    const Matrix4D before(m);
+    m.rotULocal(axis, 1.3f);
+    expectRotation(m);
+    expectNear(m.getPosition(), before.getPosition(), 0.0f);
+    EXPECT_EQ(m.m[3], 0.5f);
+    // Applied on the left of the block: the axis is fixed by R.
+    Matrix4D pure = Matrix4D::getI4();
+    pure.rotULocal(axis, 1.3f);
+    expectNear(pure * axis, axis, 1e-6f);
+    Matrix4D blockBefore(before);
+    blockBefore.setPosition(0, 0, 0);
+    blockBefore.m[3] = 0.0f;
+    Matrix4D blockAfter(m);
+    blockAfter.setPosition(0, 0, 0);
+    blockAfter.m[3] = 0.0f;
+    expectNear(blockAfter, pure * blockBefore, 1e-5f);
+
+    Matrix4D byVector(before);
+    byVector.rotRLocal(axis * 1.3f);
+    expectNear(byVector, m, 1e-5f);
+    Matrix4D unchanged(before);
+    unchanged.rotRLocal(Vector4D(0, 0, 0, 1));
+    expectNear(unchanged, before, 0.0f);
+}
+
+TEST(Matrix4DTest, ProjectionMapsTheFrustumOntoTheUnitCube)
+{
+    const float angle = 0.6f;
+    const float ratio = 16.0f / 9.0f;
+    const float near = 0.5f;
+    const float far = 100.0f;
+    Matrix4D p;
+    p.m[1] = 42.0f;  // cleared first
+    p.setProjection(angle, ratio, near, far);
+    const float t = std::tan(angle);
+    auto ndc = [&p](const Vector4D& v) {
+        Vector4D clip = p * v;
+        clip /= clip.w;
+        return clip;
+    };
+    EXPECT_NEAR(ndc(Vector4D(0, 0, -near, 1)).z, -1.0f, 1e-5f);
+    EXPECT_NEAR(ndc(Vector4D(0, 0, -far, 1)).z, 1.0f, 1e-4f);
+    // The angle fixes the horizontal field, the ratio scales the vertical.
+    EXPECT_NEAR(ndc(Vector4D(near * t, 0, -near, 1)).x, 1.0f, 1e-5f);
+    EXPECT_NEAR(ndc(Vector4D(0, near * t / ratio, -near, 1)).y, 1.0f, 1e-5f);
+    EXPECT_EQ(p.m[1], 0.0f);
+    EXPECT_EQ(p.m[11], -1.0f);
+    EXPECT_EQ(p.m[15], 0.0f);
+
+    Matrix4D same;
+    same.setProjection(angle, ratio, 2.0f, 2.0f);
+    Matrix4D doubled;
+    doubled.setProjection(angle, ratio, 2.0f, 4.0f);
+    expectNear(same, doubled, 0.0f);
+}
+
+TEST(Matrix4DTest, PositionTranslationAndScaling)
+{
+    Matrix4D m = Matrix4D::getRx(0.5f);
+    m.setPosition(Vector4D(1, 2, 3, 0));
+    EXPECT_EQ(m.m[15], 0.0f);  // the vector form copies w too
+    m.translate3D(Vector4D(1, 1, 1, 9));
+    expectNear(m.getPosition(), Vector4D(2, 3, 4, 1), 0.0f);
+    m.setPosition(5, 6, 7);
+    expectNear(m.getPosition(), Vector4D(5, 6, 7, 1), 0.0f);
+
+    const Matrix4D before(m);
+    m.enlarge(3.0f);
+    for (int c = 0; c < 4; ++c) {
+        for (int r = 0; r < 4; ++r) {
+            const int i = 4 * c + r;
+            EXPECT_FLOAT_EQ(m.m[i], (c < 3 && r < 3) ? 3.0f * before.m[i] : before.m[i]);
+        }
+    }
+}
+
+TEST(Matrix4DTest, BasisFromAnAxisIsARightHandedOrthonormalFrame)
+{
+    Matrix4D m = Matrix4D::getRz(1.0f);
+    const Matrix4D before(m);
+    EXPECT_FALSE(m.setBaseMatrixXAxis(Vector4D(0, 0, 0.00005f, 0)));
+    expectNear(m, before, 0.0f);
+
+    ASSERT_TRUE(m.setBaseMatrixXAxis(Vector4D(0, 5, 0, 0)));
+    expectNear(m.getColumn(1), Vector4D::axisZ, 0.0f);
+    expectNear(m.getColumn(2), Vector4D::axisX, 0.0f);
+    ASSERT_TRUE(m.setBaseMatrixXAxis(Vector4D(0, 0, 2, 0)));
+    expectNear(m.getColumn(1), Vector4D::axisX, 0.0f);
+    expectNear(m.getColumn(2), Vector4D::axisY, 0.0f);
+
+    std::mt19937 generator(3);
+    std::uniform_real_distribution<float> value(-5.0f, 5.0f);
+    for (int round = 0; round < 50; ++round) {
+        Vector4D axis(value(generator), value(generator), value(generator), 0);
+        if (round % 5 == 0) {
+            axis.y = 0.0f;  // takes the other branch
+        }
+        ASSERT_TRUE(m.setBaseMatrixXAxis(axis));
+        Vector4D unit(axis);
+        unit.normalize3D();
+        expectNear(m.getColumn(0), unit, 1e-6f);
+        expectNear(m.getColumn(3), Vector4D::axisW, 0.0f);
+        expectRotation(m);
+    }
+}
+
+TEST(Matrix4DTest, SaveWritesLineByLineAndLoadReadsItBack)
+{
+    Matrix4D m;
+    for (int i = 0; i < 16; ++i) {
+        m.m[i] = static_cast<float>(i) + 0.5f;
+    }
+    std::stringstream text;
+    EXPECT_TRUE(m.save(text));
+    EXPECT_EQ(text.str().substr(0, 26), "0.5\n4.5\n8.5\n12.5\n\n1.5\n5.5\n");
+    Matrix4D loaded;
+    EXPECT_TRUE(loaded.load(text));
+    expectNear(loaded, m, 0.0f);
+
+    std::istringstream truncated("1 2 3 4 5 6");
+    CaptureStdout out;
+    EXPECT_FALSE(loaded.load(truncated));
+    expectNear(loaded, m, 0.0f);
+    EXPECT_EQ(out.text(), "[Error] Matrix4D::load: sixteen numbers expected, matrix left unchanged\n");
+}
+
+TEST(Matrix4DTest, DumpAndStreamListColumnThenLineIndices)
+{
+    Matrix4D m = Matrix4D::getI4();
+    m.m[4] = 2.0f;  // line 0, column 1
+    CaptureStdout out;
+    m.dump();
+    const std::string text = out.text();
+    EXPECT_EQ(text.substr(0, text.find('\n') + 1), "\tm[0,0]= 1\tm[1,0]= 2\tm[2,0]= 0\tm[3,0]= 0\n");
+    EXPECT_EQ(text.substr(text.size() - 2), "\n\n");
+    std::ostringstream stream;
+    stream << m;
+    EXPECT_EQ(stream.str(), text);
+
+    out.clear();
+    Matrix4D::addInstance(nullptr);
+    Matrix4D::subInstance(nullptr);
+    EXPECT_EQ(out.text().substr(0, 23), "instances of Matrices: ");
+}
+
+}  // namespace
