@@ -1,9 +1,9 @@
 #include "render/Shader.h"
 
+#include "parser/TextFile.h"
 #include "render/GLEntryPoint.h"
 #include "render/OpenGLError.h"
 
-#include <fstream>
 #include <iostream>
 #include <utility>
 
@@ -64,20 +64,13 @@ void Shader::setFileName(std::string name)
 
 bool Shader::read()
 {
-    std::ifstream file(fileName);
-    if (!file.is_open()) {
+    // Lines come back with text-mode line ends, each followed by "\n".
+    std::string text;
+    if (!korvel::readTextLines(fileName, text)) {
         std::cout << "[ERROR] unable to open source file" << std::endl;
         return false;
     }
-    std::string line;
-    while (std::getline(file, line)) {
-        // Files saved with Windows line ends read as they do on Windows.
-        if (!line.empty() && line.back() == '\r') {
-            line.pop_back();
-        }
-        source += line;
-        source += '\n';
-    }
+    source += text;
     return true;
 }
 
