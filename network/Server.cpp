@@ -1,0 +1,336 @@
+#include "network/Server.h"
+
+#include "network/NetworkLog.h"
+
+#include <algorithm>
+#include <new>
+#include <sstream>
+#include <system_error>
+
+namespace korvel {
+
+const char* Server::className = "Server";
+
+Server::Server(int maxClients)
+    : maxClients(std::max(maxClients, 0)), clients(new ClientStub[static_cast<std::size_t>(std::max(maxClients, 0))]),
+      queueFull(false), droppedRequests(0), droppedSinceFull(0), running(false), acknowledgement(framingSize)
+{
+    for (int i = 0; i < this->maxClients; ++i) {
+        clients[i].setSocket(&socket);
+    }
+}
+
+Server::~Server()
+{
+    if (reader.joinable()) {
+        endReadPoolClients();
+    }
+}
+
+bool Server::initConnection()
+{
+    if (reader.joinable()) {
+        networkLog("[ERROR] server cannot reopen its socket while reading");
+        return false;
+    }
+    return socket.openConnections();
+}
+
+bool Server::initReadPoolClients()
+{
+    if (reader.joinable()) {
+        if (running) {
+            networkLog("[ERROR] server is already reading clients in pooling !");
+            return false;
+        }
+        reader.join();  // it ended by itself after a failed receive
+    }
+    if (!socket.isOpen()) {
+        networkLog("[ERROR] server socket is not open for reading clients");
+        return false;
+    }
+    receiveBuffer.reset(new Buffer(bufferSize));
+    sender.reset(new ClientStub());
+    isReading = true;
+    running = true;
+    try {
+        reader = std::thread(&Server::threadRead, this);
+    } catch (const std::system_error& error) {
+        isReading = false;
+        running = false;
+        networkLog(std::string("[ERROR] server reading thread cannot start: ") + error.what());
+        return false;
+    }
+    return true;
+}
+
+void Server::endReadPoolClients()
+{
+    networkLog("[Information] server requested end of pooling");
+    stopReading();
+}
+
+void Server::stopReading()
+{
+    isReading = false;
+    socket.shutdown();
+    if (reader.joinable()) {
+        reader.join();
+    }
+    socket.end();
+    receiveBuffer.reset();
+    sender.reset();
+}
+
+void Server::releaseClients()
+{
+    endReadPoolClients();
+    std::lock_guard<std::mutex> guard(clientsLock);
+    for (int i = 0; i < maxClients; ++i) {
+        clients[i].setIsActive(false);
+    }
+}
+
+bool Server::clientAddress(int index, sockaddr_in& address) const
+{
+    if (index < 0 || index >= maxClients) {
+        return false;
+    }
+    std::lock_guard<std::mutex> guard(clientsLock);
+    if (!clients[index].getIsActive()) {
+        return false;
+    }
+    address = clients[index].getAddress();
+    return true;
+}
+
+bool Server::isClientActive(int index) const
+{
+    sockaddr_in ignored;
+    return clientAddress(index, ignored);
+}
+
+bool Server::sendMessage(const Buffer& buffer, int clientIndex)
+{
+    sockaddr_in address;
+    if (!clientAddress(clientIndex, address)) {
+        return false;
+    }
+    return socket.sendTo(address, buffer);
+}
+
+bool Server::sendMessageNACK(Buffer& buffer, int clientIndex)
+{
+    sockaddr_in address;
+    if (!clientAddress(clientIndex, address)) {
+        return false;
+    }
+    if (!prepareMessageWithCode(buffer, typeNACK)) {
+        networkLog("[ERROR] message to small for sending to client in NACK operation !");
+    }
+    socket.sendTo(address, buffer);
+    return true;
+}
+
+bool Server::broadcastMessage(const Buffer& buffer)
+{
+    for (int i = 0; i < maxClients; ++i) {
+        sockaddr_in address;
+        if (clientAddress(i, address)) {
+            socket.sendTo(address, buffer);
+        }
+    }
+    return true;
+}
+
+bool Server::broadcastMessageNACK(Buffer& buffer)
+{
+    if (!prepareMessageWithCode(buffer, typeNACK)) {
+        networkLog("[ERROR] message to small for broadcasting to clients in NACK operation !");
+    }
+    return broadcastMessage(buffer);
+}
+
+bool Server::checkAddClient(const ClientStub& stub, int& index)
+{
+    std::lock_guard<std::mutex> guard(clientsLock);
+    for (int i = 0; i < maxClients; ++i) {
+        if (clients[i].getIsActive() && clients[i] == stub) {
+            index = i;
+            return true;
+        }
+    }
+    for (int i = 0; i < maxClients; ++i) {
+        if (!clients[i].getIsActive()) {
+            clients[i].setAddress(stub.getAddress());
+            clients[i].setVerbose(stub.isVerbose());
+            clients[i].setIsActive(true);
+            index = i;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool Server::hasRequest() const
+{
+    std::lock_guard<std::mutex> guard(requestsLock);
+    return !requests.empty();
+}
+
+std::size_t Server::countPendingRequests() const
+{
+    std::lock_guard<std::mutex> guard(requestsLock);
+    return requests.size();
+}
+
+uint64_t Server::countDroppedRequests() const
+{
+    std::lock_guard<std::mutex> guard(requestsLock);
+    return droppedRequests;
+}
+
+Buffer* Server::feedRequest()
+{
+    std::vector<unsigned char> bytes;
+    {
+        std::lock_guard<std::mutex> guard(requestsLock);
+        if (requests.empty()) {
+            return nullptr;
+        }
+        bytes.swap(requests.front());
+        requests.pop_front();
+    }
+    // A request keeps the size of the buffer it was received in.
+    const uint64_t size = std::max<uint64_t>(bufferSize, bytes.size());
+    Buffer* request = new (std::nothrow) Buffer(size);
+    if (request == nullptr || !request->setContent(bytes.data(), bytes.size())) {
+        delete request;
+        networkLog("[ERROR] server cannot hold a request of " + std::to_string(bytes.size()) + " bytes");
+        return nullptr;
+    }
+    return request;
+}
+
+bool Server::queueRequest(const Buffer& buffer)
+{
+    bool queued = false;
+    bool warnFull = false;
+    uint64_t recovered = 0;
+    {
+        std::lock_guard<std::mutex> guard(requestsLock);
+        if (requests.size() >= maxPendingRequests) {
+            ++droppedRequests;
+            ++droppedSinceFull;
+            warnFull = !queueFull;
+            queueFull = true;
+        } else {
+            if (queueFull) {
+                recovered = droppedSinceFull;
+                queueFull = false;
+                droppedSinceFull = 0;
+            }
+            requests.emplace_back(buffer.getData(), buffer.getData() + buffer.getUsed());
+            queued = true;
+        }
+    }
+    // One line when the queue fills and one when it takes requests again,
+    // however many datagrams are dropped in between.
+    if (warnFull) {
+        networkLog("[Warning] server request queue is full (" + std::to_string(maxPendingRequests) +
+                   " requests), dropping requests until it drains");
+    }
+    if (recovered > 0) {
+        networkLog("[Information] server request queue accepts requests again after dropping " +
+                   std::to_string(recovered));
+    }
+    return queued;
+}
+
+bool Server::receiveMessage(Buffer& buffer, int& clientIndex)
+{
+    clientIndex = -1;
+    if (!socket.receiveFrom(*sender, buffer)) {
+        return false;
+    }
+    if (!checkAddClient(*sender, clientIndex)) {
+        clientIndex = -1;
+        networkLog("[Warning] cannot add client at message reception!");
+    }
+    return true;
+}
+
+void Server::threadRead(Server* server)
+{
+    if (server == nullptr) {
+        std::ostringstream line;
+        line << "[ERROR] Server is not instantiated in reading thread: " << static_cast<const void*>(server);
+        networkLog(line.str());
+        return;
+    }
+    server->readLoop();
+}
+
+void Server::readLoop()
+{
+    networkLog("[Information] size buffer: " + std::to_string(bufferSize));
+    if (!receiveBuffer || !sender) {
+        // Made by initReadPoolClients(): engine objects are made on the main thread.
+        networkLog("[ERROR] server reading thread started without its receive buffer");
+        running = false;
+        return;
+    }
+    networkLog("[Information] Server starts listening");
+    bool failed = false;
+    while (isReading) {
+        int clientIndex = -1;
+        if (!receiveMessage(*receiveBuffer, clientIndex)) {
+            if (isReading) {
+                networkLog("[ERROR] socket cannot receive message!");
+                failed = true;
+            }
+            break;
+        }
+        handleMessage(*receiveBuffer, clientIndex);
+    }
+    if (failed) {
+        networkLog("[ERROR] Server cannot read client messages !");
+    }
+    networkLog("[Information] server is ending pooling");
+    running = false;
+}
+
+void Server::handleMessage(Buffer& buffer, int clientIndex)
+{
+    const uint64_t length = buffer.getUsed();
+    short type = 0;
+    if (!buffer.get(type)) {
+        networkLog("[Warning] server dropped a message of " + std::to_string(length) + " bytes, too short for its type");
+        return;
+    }
+    networkLog("[Success] server got message! Type is: " + std::to_string(type));
+    uint64_t id = 0;
+    if (!buffer.get(id)) {
+        networkLog("[Warning] server dropped a message of " + std::to_string(length) + " bytes, too short for its id");
+        return;
+    }
+    networkLog("[Information] server got message! Id is: " + std::to_string(id));
+    if (type != typeACK && type != typeNACK) {
+        networkLog("[Warning] server dropped a message of type " + std::to_string(type) + ", not a request");
+        return;
+    }
+    // Queued before it is acknowledged: an acknowledgement always stands for
+    // a request the main thread will see.
+    if (!queueRequest(buffer)) {
+        return;
+    }
+    sockaddr_in address;
+    if (type == typeACK && clientAddress(clientIndex, address)) {
+        acknowledgement.clear();
+        acknowledgement.add(id);
+        acknowledgement.add(typeAcknowledgement);
+        socket.sendTo(address, acknowledgement);
+    }
+}
+
+}  // namespace korvel
