@@ -64,7 +64,7 @@ protected:
     // Index of the next child a query examines; noCursor once the children
     // have been walked, so that children added later are not picked up.
     std::size_t cursor;
-    static const std::size_t noCursor = static_cast<std::size_t>(-1);
+    static constexpr std::size_t noCursor = static_cast<std::size_t>(-1);
 };
 
 }  // namespace korvel

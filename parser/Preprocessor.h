@@ -23,8 +23,8 @@ public:
 
     // An include cycle makes the output grow for ever, so one process() is
     // cut short past these bounds.
-    static const std::size_t maxIncludes = 1000;
-    static const std::size_t maxOutputSize = 16u * 1024u * 1024u;
+    static constexpr std::size_t maxIncludes = 1000;
+    static constexpr std::size_t maxOutputSize = 16u * 1024u * 1024u;
 
     Preprocessor();
 

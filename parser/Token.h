@@ -15,7 +15,7 @@ public:
     // Elements nested deeper than this are refused: reading and deleting a
     // tree recurse once per level, and a hostile file must not be able to
     // exhaust the stack. Real definition files nest a handful of levels.
-    static const int maxLevel = 1000;
+    static constexpr int maxLevel = 1000;
 
     Token();
     explicit Token(int level);

@@ -1,0 +1,292 @@
+#include "parser/Parser.h"
+#include "parser/Token.h"
+#include "support/CaptureStdout.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+using korvel::BaseParserElement;
+using korvel::Module;
+using korvel::Parser;
+using korvel::Token;
+
+const std::string trace = "[Information] tag being parsed: ";
+
+struct Outcome {
+    bool result;
+    std::string log;
+};
+
+Outcome parseCaptured(Parser& parser, const std::string& text)
+{
+    CaptureStdout out;
+    const bool result = parser.parse(text);
+    return {result, out.text()};
+}
+
+std::vector<std::string> namesOf(const BaseParserElement& element)
+{
+    std::vector<std::string> names;
+    for (const BaseParserElement* child : element.getAttributes()) {
+        names.push_back(child->getName());
+    }
+    return names;
+}
+
+TEST(ParserTest, GrammarResultsAndExactLogLines)
+{
+    struct Case {
+        const char* label;
+        std::string text;
+        bool result;
+        std::string log;
+        std::vector<std::string> topNames;
+    };
+    const std::vector<Case> cases = {
+        {"empty text", "", false, "", {"ERRORTAG"}},
+        {"white space only", " \t\n", false, "", {"ERRORTAG"}},
+        {"one element and a line end", "<a>1</a>\n", true, trace + "a\n", {"a"}},
+        {"white space around", " \n\t<a>1</a> \t\n", true, trace + "a\n", {"a"}},
+        {"two elements", "<a>1</a>\n<b>2</b>", true, trace + "a\n" + trace + "b\n", {"a", "b"}},
+        {"empty value", "<a></a>", true, trace + "a\n", {"a"}},
+        {"wrong end name", "<a>1</b>", false, trace + "a\n[ERROR] end name is wrong: b\n", {"a"}},
+        {"text before a start tag", "x<a>1</a>", false,
+         "[ERROR] Token char not expected in starting definition: x\n", {"ERRORTAG"}},
+        {"text after the last element", "<a>1</a>x", false,
+         trace + "a\n[ERROR] Token char not expected in ending : x\n", {"a"}},
+        {"ending error names the first non-blank", "<a>1</a> \n yz", false,
+         trace + "a\n[ERROR] Token char not expected in ending : y\n", {"a"}},
+        {"a carriage return is not white space", "<a>1</a>\r\n<b>2</b>", false,
+         trace + "a\n" + "[ERROR] Token char not expected in starting definition: \r\n", {"a", "ERRORTAG"}},
+        {"text between children", "<a><b>1</b>x<c>2</c></a>", false,
+         trace + "a\n" + trace + "b\n[ERROR] Token char not expected in starting definition: x\n", {"a"}},
+        // Only what precedes a start tag is checked, so text before an end
+        // tag that follows children goes unnoticed.
+        {"text before an end tag after children", "<a><b>1</b>x</a>", true, trace + "a\n" + trace + "b\n", {"a"}},
+        {"a blank belongs to the name", "<View >1</View>", false, trace + "View \n[ERROR] end name is wrong: View\n",
+         {"View "}},
+        {"the same blank closes it", "<View >1</View >", true, trace + "View \n", {"View "}},
+        {"start tag never closed", "<a", false, "", {"ERRORTAG"}},
+        {"nothing after the start tag", "<a>", false, trace + "a\n", {"a"}},
+        {"a lone < at the very end", "<a>1<", false, trace + "a\n", {"a"}},
+        {"end tag never closed", "<a>1</a", false, trace + "a\n", {"a"}},
+        {"second element truncated", "<a>1</a><b>", false, trace + "a\n" + trace + "b\n", {"a", "b"}},
+        {"child truncated", "<a><b>1</b>", false, trace + "a\n" + trace + "b\n", {"a"}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.label);
+        Parser parser;
+        const Outcome got = parseCaptured(parser, c.text);
+        EXPECT_EQ(got.result, c.result);
+        EXPECT_EQ(got.log, c.log);
+        ASSERT_NE(parser.getModule(), nullptr);
+        EXPECT_EQ(parser.getModule()->getName(), "__module");
+        EXPECT_EQ(namesOf(*parser.getModule()), c.topNames);
+    }
+}
+
+TEST(ParserTest, TreeKeepsValuesVerbatimAndThePartBeforeAnError)
+{
+    Parser parser;
+    const std::string text = "<View>\n\t<Width>1280</Width>\n\t<Height> 720\n</Height>\n</View>\n"
+                             "<Picking><Verbose>1</Verbose></Picking>\n"
+                             "<Broken><Inner>2</Inner><Bad>3</Wrong></Broken>";
+    const Outcome got = parseCaptured(parser, text);
+    EXPECT_FALSE(got.result);
+    Module* module = parser.getModule();
+    ASSERT_EQ(namesOf(*module), (std::vector<std::string>{"View", "Picking", "Broken"}));
+
+    BaseParserElement* view = module->getAttributes()[0];
+    EXPECT_EQ(view->getValue(), "");
+    EXPECT_EQ(namesOf(*view), (std::vector<std::string>{"Width", "Height"}));
+    EXPECT_EQ(view->getAttributes()[1]->getValue(), " 720\n");
+    EXPECT_EQ(module->getAttributes()[1]->getAttributes()[0]->getValue(), "1");
+
+    // The failed element stays in place with what it had read.
+    BaseParserElement* broken = module->getAttributes()[2];
+    ASSERT_EQ(namesOf(*broken), (std::vector<std::string>{"Inner", "Bad"}));
+    EXPECT_EQ(broken->getAttributes()[0]->getValue(), "2");
+    EXPECT_EQ(broken->getAttributes()[1]->getValue(), "3");
+    EXPECT_NE(got.log.find("[ERROR] end name is wrong: Wrong\n"), std::string::npos);
+}
+
+TEST(ParserTest, SecondParseAppendsAndModuleOwnershipMoves)
+{
+    const std::size_t before = Object::countInstances();
+    {
+        Parser parser;
+        EXPECT_EQ(parser.getModule(), nullptr);
+        EXPECT_TRUE(parseCaptured(parser, "<a>1</a>").result);
+        EXPECT_TRUE(parseCaptured(parser, "<b><c>2</c></b>").result);
+        EXPECT_EQ(namesOf(*parser.getModule()), (std::vector<std::string>{"a", "b"}));
+
+        Module* detached = parser.detachModule();
+        EXPECT_EQ(parser.getModule(), nullptr);
+        EXPECT_TRUE(parseCaptured(parser, "<d>3</d>").result);
+        EXPECT_EQ(namesOf(*parser.getModule()), (std::vector<std::string>{"d"}));
+        delete detached;
+
+        parser.releaseModule();
+        EXPECT_EQ(parser.getModule(), nullptr);
+        EXPECT_FALSE(parseCaptured(parser, "<e>").result);
+    }
+    // Every element, module and parser is gone again.
+    EXPECT_EQ(Object::countInstances(), before);
+}
+
+TEST(ParserTest, DumpWritesAParseableCopyOfTheTree)
+{
+    Parser parser;
+    ASSERT_TRUE(parseCaptured(parser, "<View><Width>1280</Width><Empty></Empty></View><Name>a b</Name>").result);
+    std::string dumped;
+    {
+        CaptureStdout out;
+        parser.dump();
+        dumped = out.text();
+    }
+    EXPECT_EQ(dumped, "<__module>\n<View>\n<Width>1280\n</Width>\n<Empty>\n</Empty>\n</View>\n"
+                      "<Name>a b\n</Name>\n</__module>\n");
+
+    Parser again;
+    ASSERT_TRUE(parseCaptured(again, dumped).result);
+    BaseParserElement* module = again.getModule()->getAttributes()[0];
+    EXPECT_EQ(module->getName(), "__module");
+    EXPECT_EQ(namesOf(*module), (std::vector<std::string>{"View", "Name"}));
+    EXPECT_EQ(module->getAttributes()[0]->getAttributes()[0]->getValue(), "1280\n");
+
+    Parser none;
+    CaptureStdout out;
+    none.dump();
+    EXPECT_EQ(out.text(), "");
+}
+
+TEST(ParserTest, NestingIsBoundedSoDeepInputCannotExhaustTheStack)
+{
+    auto nested = [](int depth) {
+        std::string text;
+        for (int i = 0; i < depth; ++i) {
+            text += "<n>";
+        }
+        text += "v";
+        for (int i = 0; i < depth; ++i) {
+            text += "</n>";
+        }
+        return text;
+    };
+    {
+        Parser parser;
+        EXPECT_TRUE(parseCaptured(parser, nested(Token::maxLevel)).result);
+        const BaseParserElement* e = parser.getModule();
+        int depth = 0;
+        while (!e->getAttributes().empty()) {
+            e = e->getAttributes()[0];
+            ++depth;
+        }
+        EXPECT_EQ(depth, Token::maxLevel);
+        EXPECT_EQ(e->getValue(), "v");
+    }
+    {
+        Parser parser;
+        const Outcome got = parseCaptured(parser, nested(Token::maxLevel + 1));
+        EXPECT_FALSE(got.result);
+        EXPECT_NE(got.log.find("[ERROR] Token nested deeper than 1000 levels: n\n"), std::string::npos);
+    }
+    // Far deeper than any stack would take, closed or not.
+    {
+        Parser parser;
+        EXPECT_FALSE(parseCaptured(parser, nested(200000)).result);
+    }
+    std::string open;
+    for (int i = 0; i < 300000; ++i) {
+        open += "<t>";
+    }
+    Parser parser;
+    EXPECT_FALSE(parseCaptured(parser, open).result);
+}
+
+TEST(ParserTest, LargeValuesAndArbitraryBytesEndInAResultNotACrash)
+{
+    const std::string big(10 * 1024 * 1024, 'v');
+    {
+        Parser parser;
+        EXPECT_TRUE(parseCaptured(parser, "<big>" + big + "</big>").result);
+        EXPECT_EQ(parser.getModule()->getAttributes()[0]->getValue().size(), big.size());
+    }
+    {
+        Parser parser;
+        EXPECT_FALSE(parseCaptured(parser, "<big>" + big).result);
+    }
+    {
+        // Bytes are compared as they are, NULs and high bytes included.
+        Parser parser;
+        const std::string name("\0\xff\x80 n", 5);
+        EXPECT_TRUE(parseCaptured(parser, "<" + name + ">\x01\x02</" + name + ">").result);
+        EXPECT_EQ(parser.getModule()->getAttributes()[0]->getName(), name);
+    }
+
+    // Random documents, some mangled by a byte or two, reach every branch.
+    // Whatever happens there is a tree, and every top-level element of a
+    // successful parse dumps into text that parses to the same names.
+    std::mt19937 random(20261121);
+    const std::string bytes = "<>/ab \n\t\rx";
+    auto pick = [&](const std::string& from) { return from[random() % from.size()]; };
+    std::function<std::string(int)> element = [&](int depth) {
+        std::string name;
+        for (int i = static_cast<int>(random() % 3); i > 0; --i) {
+            name += pick("ab /<\t");
+        }
+        std::string inner;
+        if (depth < 3 && random() % 2 == 0) {
+            for (int i = 1 + static_cast<int>(random() % 3); i > 0; --i) {
+                inner += element(depth + 1) + (random() % 2 == 0 ? "\n" : "");
+            }
+        } else {
+            for (int i = static_cast<int>(random() % 4); i > 0; --i) {
+                inner += pick("v1 \n/>");
+            }
+        }
+        return "<" + name + ">" + inner + "</" + name + ">";
+    };
+    int successes = 0;
+    for (int round = 0; round < 20000; ++round) {
+        std::string text = element(0) + (random() % 2 == 0 ? element(0) : "");
+        for (int mangle = static_cast<int>(random() % 3); mangle > 0; --mangle) {
+            const std::size_t at = random() % (text.size() + 1);
+            switch (random() % 3) {
+            case 0: text.insert(at, 1, pick(bytes)); break;
+            case 1: if (at < text.size()) text.erase(at, 1); break;
+            default: if (at < text.size()) text[at] = pick(bytes); break;
+            }
+        }
+        Parser parser;
+        const bool result = parseCaptured(parser, text).result;
+        const auto& top = parser.getModule()->getAttributes();
+        ASSERT_FALSE(top.empty()) << text;
+        if (!result) {
+            continue;
+        }
+        ++successes;
+        for (const BaseParserElement* element : top) {
+            std::string dumped;
+            {
+                CaptureStdout out;
+                element->dump();
+                dumped = out.text();
+            }
+            Parser again;
+            ASSERT_TRUE(parseCaptured(again, dumped).result) << text;
+            ASSERT_EQ(again.getModule()->getAttributes().size(), 1u);
+            EXPECT_EQ(again.getModule()->getAttributes()[0]->getName(), element->getName());
+            EXPECT_EQ(namesOf(*again.getModule()->getAttributes()[0]), namesOf(*element)) << text;
+        }
+    }
+    EXPECT_GT(successes, 2000);
+}
+
+}  // namespace

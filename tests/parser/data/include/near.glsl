@@ -1,0 +1,2 @@
+#include "one.glsl"
+near

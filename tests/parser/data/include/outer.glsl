@@ -1,0 +1,2 @@
+0123456789abcdefghij
+#include "one.glsl"
