@@ -84,6 +84,9 @@ public:
     std::size_t getTriangleCount() const { return triangles.size(); }
 
 protected:
+    // t is in the list (pointer identity), in constant time.
+    bool isListed(Triangle* t) const { return positions.count(t) != 0; }
+
     std::list<Triangle*> triangles;
 
 private:

@@ -1,0 +1,177 @@
+#pragma once
+// Point octree mapping points to values, found by the points' coordinates.
+// Every node holds one key; the shape of the tree follows the insertion order
+// and nothing rebalances it, so lookups cost the depth.
+//
+// remove() takes the key out at once. A removed key whose node has no child
+// frees the node; one that still routes to children stays as an empty
+// routing node, so the rest of the tree keeps its shape and removal costs one
+// walk. When empty routing nodes outnumber the keys, the tree is rebuilt from
+// its keys in pre-order (parents before children, so the shape stays close).
+
+#include "geometry/OctreeNode.h"
+
+#include <cstddef>
+#include <list>
+#include <utility>
+#include <vector>
+
+namespace korvel {
+
+template <typename T>
+class Octree {
+public:
+    static constexpr const char* className = "Octree";
+    static const char* getClassName() { return className; }
+    virtual const char* getInstanceClassName() const { return className; }
+
+    Octree() = default;
+    Octree(const Octree&) = delete;
+    Octree& operator=(const Octree&) = delete;
+    virtual ~Octree() { clear(); }
+
+    // Inserts, or replaces the value of an equal key.
+    void add(const Vector4D& point, const T& value)
+    {
+        if (root == nullptr) {
+            root = new OctreeNode<T>(point, value);
+            ++count;
+            return;
+        }
+        const auto result = root->add(point, value);
+        if (result != OctreeNode<T>::Replaced) {
+            ++count;
+        }
+        if (result == OctreeNode<T>::Revived) {
+            --empties;
+        }
+    }
+
+    // True and the value when an equal key is stored; value untouched otherwise.
+    bool get(const Vector4D& point, T& value) const
+    {
+        return root != nullptr && root->get(point, value);
+    }
+
+    // True when the key was there.
+    bool remove(const Vector4D& point)
+    {
+        OctreeNode<T>* parent = nullptr;
+        int slot = 0;
+        OctreeNode<T>* n = root;
+        while (n != nullptr && !(point == n->point)) {
+            parent = n;
+            slot = n->childIndex(point);
+            n = n->children[slot];
+        }
+        if (n == nullptr || !n->present) {
+            return false;
+        }
+        --count;
+        bool leaf = true;
+        for (const OctreeNode<T>* c : n->children) {
+            leaf = leaf && c == nullptr;
+        }
+        if (leaf) {
+            delete n;
+            if (parent == nullptr) {
+                root = nullptr;
+            } else {
+                parent->children[slot] = nullptr;
+            }
+        } else {
+            n->present = false;
+            ++empties;
+        }
+        if (empties > 64 && empties > count) {
+            rebuild();
+        }
+        return true;
+    }
+
+    void getList(std::list<T>& out) const
+    {
+        if (root != nullptr) {
+            root->getList(out);
+        }
+    }
+    void getList(std::list<T>& out, const Box& box) const
+    {
+        if (root != nullptr) {
+            root->getList(out, box);
+        }
+    }
+    void getList(std::list<T>& out, const Vector4D& centre, float distance) const
+    {
+        if (root != nullptr) {
+            root->getList(out, centre, distance);
+        }
+    }
+
+    void clear()
+    {
+        delete root;
+        root = nullptr;
+        count = 0;
+        empties = 0;
+    }
+
+    std::size_t size() const { return count; }
+    bool isEmpty() const { return count == 0; }
+    const OctreeNode<T>* getRoot() const { return root; }
+
+    // Longest root-to-leaf path in nodes; 0 when empty.
+    std::size_t depth() const
+    {
+        std::size_t deepest = 0;
+        std::vector<std::pair<const OctreeNode<T>*, std::size_t>> stack;
+        if (root != nullptr) {
+            stack.emplace_back(root, 1);
+        }
+        while (!stack.empty()) {
+            auto [n, d] = stack.back();
+            stack.pop_back();
+            deepest = d > deepest ? d : deepest;
+            for (const OctreeNode<T>* c : n->children) {
+                if (c != nullptr) {
+                    stack.emplace_back(c, d + 1);
+                }
+            }
+        }
+        return deepest;
+    }
+
+private:
+    void rebuild()
+    {
+        std::vector<std::pair<Vector4D, T>> entries;
+        entries.reserve(count);
+        std::vector<const OctreeNode<T>*> stack;
+        if (root != nullptr) {
+            stack.push_back(root);
+        }
+        while (!stack.empty()) {
+            const OctreeNode<T>* n = stack.back();
+            stack.pop_back();
+            if (n->present) {
+                entries.emplace_back(n->point, n->value);
+            }
+            for (int i = 7; i >= 0; --i) {
+                if (n->children[i] != nullptr) {
+                    stack.push_back(n->children[i]);
+                }
+            }
+        }
+        clear();
+        for (const auto& [key, value] : entries) {
+            add(key, value);
+        }
+    }
+
+    OctreeNode<T>* root = nullptr;
+    std::size_t count = 0;
+    // Nodes left without a key because they still route to children.
+    std::size_t empties = 0;
+};
+
+}  // namespace korvel

@@ -1,0 +1,183 @@
+#pragma once
+// One node of the point octree: a key point, its value and eight children.
+// Child i holds the points p with (p.x > x ? 1 : 0) + (p.y > y ? 2 : 0) +
+// (p.z > z ? 4 : 0): strict comparisons, so equal coordinates go low; w is
+// ignored. Keys match by Vector4D equality (relative), not exact floats.
+//
+// A removed key leaves its node in place, without value, as long as the node
+// still routes to children (see Octree::remove). Walks are loops, not
+// recursion: nothing balances the tree and sorted input makes it a list.
+
+#include "core/Box.h"
+#include "core/Vector4D.h"
+
+#include <list>
+#include <vector>
+
+namespace korvel {
+
+template <typename T>
+class OctreeNode {
+public:
+    static constexpr const char* className = "OctreeNode";
+    static const char* getClassName() { return className; }
+    virtual const char* getInstanceClassName() const { return className; }
+
+    OctreeNode(const Vector4D& key, const T& data) : point(key), value(data), present(true) {}
+    OctreeNode(const OctreeNode&) = delete;
+    OctreeNode& operator=(const OctreeNode&) = delete;
+
+    virtual ~OctreeNode()
+    {
+        std::vector<OctreeNode*> pending;
+        detachChildren(pending);
+        while (!pending.empty()) {
+            OctreeNode* n = pending.back();
+            pending.pop_back();
+            n->detachChildren(pending);
+            delete n;
+        }
+    }
+
+    int childIndex(const Vector4D& p) const
+    {
+        return (p.x > point.x ? 1 : 0) + (p.y > point.y ? 2 : 0) + (p.z > point.z ? 4 : 0);
+    }
+
+    enum AddResult { Replaced, Created, Revived };
+
+    // Inserts below (or at) this node: a new node, the value of an equal key
+    // replaced, or an empty routing node holding that key filled again.
+    virtual AddResult add(const Vector4D& key, const T& data)
+    {
+        OctreeNode* n = this;
+        for (;;) {
+            if (key == n->point) {
+                const bool revived = !n->present;
+                n->value = data;
+                n->present = true;
+                return revived ? Revived : Replaced;
+            }
+            OctreeNode*& child = n->children[n->childIndex(key)];
+            if (child == nullptr) {
+                child = new OctreeNode(key, data);
+                return Created;
+            }
+            n = child;
+        }
+    }
+
+    virtual bool get(const Vector4D& key, T& data) const
+    {
+        const OctreeNode* n = find(key);
+        if (n == nullptr) {
+            return false;
+        }
+        data = n->value;
+        return true;
+    }
+
+    // The node holding an equal key, or null.
+    const OctreeNode* find(const Vector4D& key) const
+    {
+        const OctreeNode* n = this;
+        while (n != nullptr) {
+            if (key == n->point) {
+                return n->present ? n : nullptr;
+            }
+            n = n->children[n->childIndex(key)];
+        }
+        return nullptr;
+    }
+
+    // Pre-order: this value, then children 0 to 7.
+    virtual void getList(std::list<T>& out) const
+    {
+        walk([&](const OctreeNode& n) {
+            out.push_back(n.value);
+            return true;
+        }, nullptr, nullptr);
+    }
+
+    // Values whose key lies inside the box, bounds included.
+    virtual void getList(std::list<T>& out, const Box& box) const
+    {
+        walk([&](const OctreeNode& n) {
+            if (inside(n.point, box.min, box.max)) {
+                out.push_back(n.value);
+            }
+            return true;
+        }, &box.min, &box.max);
+    }
+
+    // Values whose key lies within distance (norm3D) of centre.
+    virtual void getList(std::list<T>& out, const Vector4D& centre, float distance) const
+    {
+        const Vector4D reach(distance, distance, distance, 0.0f);
+        const Vector4D lo = centre - reach;
+        const Vector4D hi = centre + reach;
+        walk([&](const OctreeNode& n) {
+            if ((n.point - centre).norm3D() <= distance) {
+                out.push_back(n.value);
+            }
+            return true;
+        }, &lo, &hi);
+    }
+
+    Vector4D point;
+    T value;
+    // False once the key has been removed while the node still routes.
+    bool present;
+    OctreeNode* children[8] = {nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
+
+private:
+    static bool inside(const Vector4D& p, const Vector4D& lo, const Vector4D& hi)
+    {
+        return lo.x <= p.x && p.x <= hi.x && lo.y <= p.y && p.y <= hi.y && lo.z <= p.z && p.z <= hi.z;
+    }
+
+    // Pre-order walk over present nodes; with a range, children whose octant
+    // cannot meet [lo, hi] are skipped.
+    template <typename Visit>
+    void walk(Visit visit, const Vector4D* lo, const Vector4D* hi) const
+    {
+        std::vector<const OctreeNode*> stack{this};
+        while (!stack.empty()) {
+            const OctreeNode* n = stack.back();
+            stack.pop_back();
+            if (n->present) {
+                visit(*n);
+            }
+            for (int i = 7; i >= 0; --i) {
+                const OctreeNode* c = n->children[i];
+                if (c == nullptr) {
+                    continue;
+                }
+                if (lo != nullptr && !n->octantMeets(i, *lo, *hi)) {
+                    continue;
+                }
+                stack.push_back(c);
+            }
+        }
+    }
+
+    bool octantMeets(int i, const Vector4D& lo, const Vector4D& hi) const
+    {
+        const bool xOk = (i & 1) ? hi.x > point.x : lo.x <= point.x;
+        const bool yOk = (i & 2) ? hi.y > point.y : lo.y <= point.y;
+        const bool zOk = (i & 4) ? hi.z > point.z : lo.z <= point.z;
+        return xOk && yOk && zOk;
+    }
+
+    void detachChildren(std::vector<OctreeNode*>& out)
+    {
+        for (OctreeNode*& c : children) {
+            if (c != nullptr) {
+                out.push_back(c);
+                c = nullptr;
+            }
+        }
+    }
+};
+
+}  // namespace korvel

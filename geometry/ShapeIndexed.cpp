@@ -1,0 +1,483 @@
+#include "geometry/ShapeIndexed.h"
+
+#include "core/Matrix4D.h"
+#include "core/Random.h"
+#include "geometry/ShapeNode.h"
+#include "geometry/Triangle.h"
+
+#include <algorithm>
+#include <iostream>
+
+namespace korvel {
+
+const char* ShapeIndexed::className = "ShapeIndexed";
+
+namespace {
+
+// A linked triangle does not free its normals; the indexed shape holding it
+// does, just before deleting it.
+void freeLinkedNormals(Triangle* t)
+{
+    if (t->isOwned()) {
+        return;
+    }
+    for (Vector4D*& n : t->normals) {
+        delete n;
+        n = nullptr;
+    }
+}
+
+bool sharesPointer(const Triangle* t)
+{
+    return t->points[0] == t->points[1] || t->points[1] == t->points[2] || t->points[0] == t->points[2];
+}
+
+}  // namespace
+
+ShapeIndexed::ShapeIndexed() = default;
+
+ShapeIndexed::ShapeIndexed(const Shape& source, float ratio)
+{
+    copyTriangles(source.getTriangles());
+    reduceDetail(ratio);
+}
+
+ShapeIndexed::ShapeIndexed(const ShapeIndexed& other) : Shape(), nodeRemoval(other.nodeRemoval)
+{
+    copyTriangles(other.getTriangles());
+}
+
+ShapeIndexed& ShapeIndexed::operator=(const ShapeIndexed& other)
+{
+    if (this != &other) {
+        nodeRemoval = other.nodeRemoval;
+        Shape::operator=(other);
+    }
+    return *this;
+}
+
+ShapeIndexed::~ShapeIndexed()
+{
+    ShapeIndexed::clear();
+}
+
+void ShapeIndexed::dump() const
+{
+    Shape::dump();
+    std::cout << "Nbre of points in ShapeIndexed: " << index.size() << std::endl;
+}
+
+void ShapeIndexed::destroyTriangle(Triangle* t)
+{
+    freeLinkedNormals(t);
+    delete t;
+}
+
+void ShapeIndexed::forgetRemoved(const Vector4D* p)
+{
+    const auto found = removedLookup.find(p);
+    if (found != removedLookup.end()) {
+        removedPoints.erase(found->second);
+        removedLookup.erase(found);
+    }
+}
+
+bool ShapeIndexed::hasTriangle(const Triangle& t) const
+{
+    // A triangle equal to t holds a shared point equal to each of t's.
+    const ShapeNode* node = getPointDataByValue(*t.points[0]);
+    return node != nullptr && node->hasTriangle(t);
+}
+
+ShapeNode* ShapeIndexed::getPointDataByValue(const Vector4D& p) const
+{
+    ShapeNode* node = nullptr;
+    return octree.get(p, node) ? node : nullptr;
+}
+
+void ShapeIndexed::addTriangle(Triangle* t)
+{
+    if (t == nullptr) {
+        std::cout << "[Warning] attempt to add a null triangle to ShapeIndexed" << std::endl;
+        return;
+    }
+    if (!t->isTriangle()) {
+        std::cout << "[Warning] degenerate triangle refused by ShapeIndexed" << std::endl;
+        destroyTriangle(t);
+        return;
+    }
+    const bool wasOwned = t->isOwned();
+    t->setOwned(false);
+    ShapeNode* nodes[3] = {nullptr, nullptr, nullptr};
+    for (int i = 0; i < 3; ++i) {
+        Vector4D* own = t->points[i];
+        ShapeNode* node = getPointDataByValue(*own);
+        if (node != nullptr) {
+            if (wasOwned && own != node->point) {
+                delete own;
+            }
+        } else {
+            // An owned point becomes the shared one; a linked one belongs to
+            // another shape and is copied.
+            Vector4D* shared = wasOwned ? own : new Vector4D(*own);
+            forgetRemoved(shared);
+            node = new ShapeNode(shared);
+            index.emplace(shared, node);
+            octree.add(*shared, node);
+            ranksValid = false;
+            indexesComputed = false;
+        }
+        t->points[i] = node->point;
+        nodes[i] = node;
+    }
+    if (sharesPointer(t)) {
+        // Corners distinct by value that still matched one shared point.
+        std::cout << "[Warning] degenerate triangle refused by ShapeIndexed" << std::endl;
+        for (ShapeNode* node : nodes) {
+            if (node->isEmpty() && nodeRemoval && index.count(node->point) != 0) {
+                removeNode(node);
+            }
+        }
+        destroyTriangle(t);
+        return;
+    }
+    for (ShapeNode* node : nodes) {
+        node->addTriangle(t);
+    }
+    Shape::addTriangle(t);
+}
+
+void ShapeIndexed::unlinkTriangle(Triangle* t)
+{
+    for (int i = 0; i < 3; ++i) {
+        Vector4D* p = t->points[i];
+        if ((i > 0 && p == t->points[0]) || (i > 1 && p == t->points[1])) {
+            continue;
+        }
+        const auto found = index.find(p);
+        if (found == index.end()) {
+            continue;
+        }
+        ShapeNode* node = found->second;
+        node->removeTriangle(t);
+        if (node->isEmpty() && nodeRemoval) {
+            removeNode(node);
+        }
+    }
+}
+
+bool ShapeIndexed::removeTriangle(Triangle* t)
+{
+    if (t == nullptr || !isListed(t)) {
+        return false;
+    }
+    unlinkTriangle(t);
+    return Shape::removeTriangle(t);
+}
+
+bool ShapeIndexed::removeNode(ShapeNode* node)
+{
+    const auto found = node != nullptr ? index.find(node->point) : index.end();
+    if (found == index.end() || found->second != node) {
+        std::cout << "[Error] node point being removed not consistent for ShapeIndexed !" << std::endl;
+        return false;
+    }
+    Vector4D* point = node->point;
+    index.erase(found);
+    if (ranksValid) {
+        ranks.erase(point);
+    }
+    ShapeNode* indexed = nullptr;
+    if (octree.get(*point, indexed) && indexed == node) {
+        octree.remove(*point);
+    }
+    removedPoints.push_back(point);
+    removedLookup[point] = std::prev(removedPoints.end());
+    indexesComputed = false;
+
+    std::vector<Triangle*> around(node->triangles.begin(), node->triangles.end());
+    node->triangles.clear();
+    std::vector<Triangle*> done;
+    for (Triangle* t : around) {
+        if (std::find(done.begin(), done.end(), t) != done.end()) {
+            continue;
+        }
+        done.push_back(t);
+        // Degenerate after a collapse, or still on the point about to be
+        // freed (a node removed while in use): either way it must go.
+        const bool usesPoint = t->points[0] == point || t->points[1] == point || t->points[2] == point;
+        if ((usesPoint || !t->isTriangle()) && removeTriangle(t)) {
+            destroyTriangle(t);
+        }
+    }
+    delete point;
+    delete node;
+    return true;
+}
+
+bool ShapeIndexed::removePointRaw(Vector4D* p)
+{
+    const auto found = index.find(p);
+    if (found == index.end()) {
+        if (isRemoved(p)) {
+            std::cout << "[information]the point has already been removed !" << std::endl;
+        } else {
+            std::cout << "[Warning] attempt to remove not referenced point for ShapeIndexed !" << std::endl;
+        }
+        return false;
+    }
+    ShapeNode* node = found->second;
+    float distance = 0.0f;
+    Vector4D* q = node->getMinDistancePointExcluded(p, distance);
+    if (q == nullptr) {
+        std::cout << "[Error] no nearest border point !" << std::endl;
+        return false;
+    }
+    const auto target = index.find(q);
+    if (target == index.end()) {
+        std::cout << "[Error] nearest border point not referenced in ShapeIndexed !" << std::endl;
+        return false;
+    }
+    node->replaceCenter(q, target->second);
+    indexesComputed = false;
+    if (nodeRemoval) {
+        removeNode(node);
+        return true;
+    }
+    // The point stays, without triangles; the collapsed ones leave.
+    std::vector<Triangle*> around(node->triangles.begin(), node->triangles.end());
+    node->triangles.clear();
+    for (Triangle* t : around) {
+        if (!t->isTriangle() && removeTriangle(t)) {
+            destroyTriangle(t);
+        }
+    }
+    return true;
+}
+
+bool ShapeIndexed::isRemoved(const Vector4D* p) const
+{
+    return removedLookup.count(p) != 0;
+}
+
+void ShapeIndexed::computeIndexes()
+{
+    if (indexesComputed) {
+        return;
+    }
+    int32_t next = 0;
+    for (auto& [point, node] : index) {
+        node->index = next++;
+        node->computeNormal();
+    }
+    indexesComputed = true;
+}
+
+bool ShapeIndexed::reduceDetail(float ratio)
+{
+    if (!(ratio > 0.0f && ratio < 1.0f)) {
+        std::cout << "[Warning] detail reduction ratio must lie strictly between 0 and 1 in ShapeIndexed" << std::endl;
+        return false;
+    }
+    const std::size_t count = index.size();
+    const auto target = static_cast<std::size_t>(static_cast<unsigned int>(ratio * static_cast<float>(count)));
+    if (target == 0 || target >= count) {
+        std::cout << "[Warning] detail reduction to " << target << " of " << count
+                  << " points is not possible in ShapeIndexed" << std::endl;
+        return false;
+    }
+    if (!nodeRemoval) {
+        std::cout << "[Warning] detail reduction needs node removal in ShapeIndexed" << std::endl;
+        return false;
+    }
+    // A consistent shape never fails a collapse; this only stops a
+    // damaged one from looping for ever.
+    std::size_t failures = 0;
+    while (index.size() > target) {
+        Vector4D* p = chooseMinDeviationPoint();
+        if (p == nullptr) {
+            std::cout << "[Warning] minimal deviation point could not be found in ShapeIndexed ! Detail reduction aborted"
+                      << std::endl;
+            return false;
+        }
+        if (!removePointRaw(p)) {
+            std::cout << "[Warning] minimal deviation point could not be removed in ShapeIndexed !" << std::endl;
+            if (++failures > index.size() + 10) {
+                std::cout << "[Warning] minimal deviation point could not be found in ShapeIndexed ! Detail reduction aborted"
+                          << std::endl;
+                return false;
+            }
+            continue;
+        }
+        failures = 0;
+    }
+    return true;
+}
+
+Vector4D* ShapeIndexed::chooseMinDeviationPoint()
+{
+    return choose(false, nullptr);
+}
+
+Vector4D* ShapeIndexed::chooseMinDeviationPointByWalk()
+{
+    return choose(true, nullptr);
+}
+
+void ShapeIndexed::sampleMinDeviationCandidates(std::vector<Vector4D*>& visited, bool plainWalk)
+{
+    visited.clear();
+    choose(plainWalk, &visited);
+}
+
+Vector4D* ShapeIndexed::choose(bool plainWalk, std::vector<Vector4D*>* visited)
+{
+    const std::size_t n = index.size();
+    if (n < 1) {
+        return nullptr;
+    }
+    if (!plainWalk && !ranksValid) {
+        std::vector<Vector4D*> keys;
+        keys.reserve(n);
+        for (const auto& entry : index) {
+            keys.push_back(entry.first);
+        }
+        ranks.assign(std::move(keys));
+        ranksValid = true;
+    }
+    const std::size_t samples = n >= 10 ? 10 : n;
+    const auto range = static_cast<float>(n / 10);
+    auto it = index.begin();
+    std::size_t rank = 0;
+    Vector4D* best = nullptr;
+    float bestDistance = 0.0f;
+    for (std::size_t s = 0; s < samples; ++s) {
+        int step = static_cast<int>(Random::aleaFloatZeroRange(range));
+        if (step == 0) {
+            step = static_cast<int>(1 % n);
+        }
+        Vector4D* p = nullptr;
+        ShapeNode* node = nullptr;
+        if (plainWalk) {
+            moveIteratorAtDistance(it, step);
+            p = it->first;
+            node = it->second;
+        } else {
+            moveRankAtDistance(rank, step);
+            p = ranks.at(rank);
+            node = index.find(p)->second;
+        }
+        if (visited != nullptr) {
+            visited->push_back(p);
+        }
+        float distance = 0.0f;
+        node->getMinDistancePointExcluded(p, distance);
+        if (best == nullptr || distance < bestDistance) {
+            best = p;
+            bestDistance = distance;
+        }
+    }
+    return best;
+}
+
+void ShapeIndexed::moveIteratorAtDistance(PointsIndex::iterator& it, int step)
+{
+    if (step < 0) {
+        std::cout << "[Error] step<0 in iterator move for Shape Indexed" << std::endl;
+        return;
+    }
+    if (index.empty()) {
+        return;
+    }
+    const std::size_t moves = static_cast<std::size_t>(step) % index.size();
+    for (std::size_t i = 0; i < moves; ++i) {
+        ++it;
+        if (it == index.end()) {
+            it = index.begin();
+        }
+    }
+}
+
+void ShapeIndexed::moveRankAtDistance(std::size_t& rank, int step)
+{
+    if (step < 0) {
+        std::cout << "[Error] step<0 in iterator move for Shape Indexed" << std::endl;
+        return;
+    }
+    const std::size_t n = ranks.size();
+    if (n == 0) {
+        return;
+    }
+    rank = (rank + static_cast<std::size_t>(step) % n) % n;
+}
+
+void ShapeIndexed::transform(const Matrix4D& m)
+{
+    for (auto& [point, node] : index) {
+        *point *= m;
+    }
+    // The octree keys are the old coordinates.
+    octree.clear();
+    for (auto& [point, node] : index) {
+        octree.add(*point, node);
+    }
+    indexesComputed = false;
+}
+
+void ShapeIndexed::releaseIndex()
+{
+    for (auto& [point, node] : index) {
+        delete point;
+        delete node;
+    }
+    index.clear();
+    octree.clear();
+    ranks.clear();
+    ranksValid = false;
+    removedPoints.clear();
+    removedLookup.clear();
+    indexesComputed = false;
+}
+
+void ShapeIndexed::clear()
+{
+    releaseIndex();
+    for (Triangle* t : triangles) {
+        freeLinkedNormals(t);
+    }
+    Shape::clear();
+}
+
+bool ShapeIndexed::getLimits(Vector4D& min, Vector4D& max) const
+{
+    if (index.empty()) {
+        return false;
+    }
+    min = *index.begin()->first;
+    max = min;
+    for (const auto& entry : index) {
+        min.minimize(*entry.first);
+        max.maximize(*entry.first);
+    }
+    min.w = 1.0f;
+    max.w = 1.0f;
+    return true;
+}
+
+bool ShapeIndexed::getMinPointY(Vector4D& p) const
+{
+    if (index.empty()) {
+        return false;
+    }
+    const Vector4D* best = nullptr;
+    for (const auto& entry : index) {
+        if (best == nullptr || entry.first->y < best->y) {
+            best = entry.first;
+        }
+    }
+    p = *best;
+    p.w = 1.0f;
+    return true;
+}
+
+}  // namespace korvel

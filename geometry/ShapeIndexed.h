@@ -1,0 +1,113 @@
+#pragma once
+// A shape whose triangles share their points: every distinct point is stored
+// once (it belongs to the index) and each triangle links to it. Each point
+// has a ShapeNode listing the triangles around it. The sharing gives indexed
+// vertex data with per-point normals, and lets the shape lower its level of
+// detail by collapsing points onto their nearest neighbours.
+//
+// Triangles added here become linked (owned == false); their points are
+// replaced by the shared ones. Their normals stay with them and are freed by
+// this shape when it deletes them. A triangle with two corners on the same
+// point is refused: it has no area and no place among the nodes.
+//
+// The points index is ordered by pointer value; detail reduction samples it
+// by random strides. A rank structure kept in step with the index makes each
+// stride O(log n) while visiting exactly what an iterator walk visits.
+
+#include "geometry/Octree.h"
+#include "geometry/RankedSet.h"
+#include "geometry/Shape.h"
+
+#include <cstdint>
+#include <list>
+#include <map>
+#include <unordered_map>
+#include <vector>
+
+namespace korvel {
+
+class ShapeNode;
+
+class ShapeIndexed : public Shape {
+public:
+    static const char* className;
+    static const char* getClassName() { return className; }
+
+    using PointsIndex = std::map<Vector4D*, ShapeNode*>;
+
+    ShapeIndexed();
+    // Indexes owned copies of the source's triangles, then reduceDetail(ratio).
+    ShapeIndexed(const Shape& source, float ratio);
+    ShapeIndexed(const ShapeIndexed& other);
+    ShapeIndexed& operator=(const ShapeIndexed& other);
+    ~ShapeIndexed() override;
+
+    void dump() const override;
+    const char* getInstanceClassName() const override { return className; }
+    bool load(std::istream& in) override { return Shape::load(in); }
+    bool save(std::ostream& out) override { return Shape::save(out); }
+
+    bool hasTriangle(const Triangle& t) const override;
+    void addTriangle(Triangle* t) override;
+    bool removeTriangle(Triangle* t) override;
+    void transform(const Matrix4D& m) override;
+    void clear() override;
+    bool getLimits(Vector4D& min, Vector4D& max) const override;
+    bool getMinPointY(Vector4D& p) const override;
+
+    ShapeNode* getPointDataByValue(const Vector4D& p) const;
+    bool removeNode(ShapeNode* node);
+    // Collapses p onto its nearest neighbour.
+    bool removePointRaw(Vector4D* p);
+    bool isRemoved(const Vector4D* p) const;
+    // Numbers the points in index order and computes their normals; redone
+    // only after the points changed.
+    void computeIndexes();
+
+    // Removes points until ratio x (point count) are left; ratio in (0, 1).
+    bool reduceDetail(float ratio);
+    // Of ten points sampled by random strides, the one with the shortest edge.
+    Vector4D* chooseMinDeviationPoint();
+    // The same draws and choice, walking the index with an iterator: the
+    // reference the rank walk must agree with (O(n) per stride).
+    Vector4D* chooseMinDeviationPointByWalk();
+    // The points the next choice would measure, in order, drawn as the
+    // choice draws them; plainWalk picks the iterator walk.
+    void sampleMinDeviationCandidates(std::vector<Vector4D*>& visited, bool plainWalk);
+    // Forward step entries, wrapping from the end to the first entry.
+    void moveIteratorAtDistance(PointsIndex::iterator& it, int step);
+
+    std::size_t getPointCount() const { return index.size(); }
+    const PointsIndex& getPointsIndex() const { return index; }
+    const Octree<ShapeNode*>& getOctree() const { return octree; }
+    const std::list<Vector4D*>& getRemovedPoints() const { return removedPoints; }
+    bool areIndexesComputed() const { return indexesComputed; }
+    // On by default. Off, emptied points keep their node and index entry
+    // (indexes stay stable while triangles are edited) and reduceDetail
+    // refuses to run, as it could never lower the point count.
+    void setNodeRemoval(bool value) { nodeRemoval = value; }
+    bool isNodeRemoval() const { return nodeRemoval; }
+
+private:
+    Vector4D* choose(bool plainWalk, std::vector<Vector4D*>* visited);
+    void moveRankAtDistance(std::size_t& rank, int step);
+    // Unlinks t from the nodes of its points and drops emptied nodes.
+    void unlinkTriangle(Triangle* t);
+    // Deletes a triangle this shape no longer lists, with its normals.
+    static void destroyTriangle(Triangle* t);
+    void forgetRemoved(const Vector4D* p);
+    void releaseIndex();
+
+    PointsIndex index;
+    Octree<ShapeNode*> octree;
+    std::list<Vector4D*> removedPoints;
+    // Where each removed point sits in removedPoints, for O(1) tests.
+    std::unordered_map<const Vector4D*, std::list<Vector4D*>::iterator> removedLookup;
+    bool indexesComputed = false;
+    bool nodeRemoval = true;
+    // Ranks of the index keys; rebuilt lazily after points were added.
+    RankedSet<Vector4D*> ranks;
+    bool ranksValid = false;
+};
+
+}  // namespace korvel
