@@ -12,8 +12,10 @@ const char* Observer::className = "Observer";
 Observer::~Observer()
 {
     for (Subject* subject : subjects) {
-        subject->removeObserver(this);
-        subject->observerDestroyed(this);
+        if (Subject::isLive(subject)) {
+            subject->removeObserver(this);
+            subject->observerDestroyed(this);
+        }
     }
     subjects.clear();
 }
@@ -36,7 +38,9 @@ void Observer::onNotify(Object* source, int32_t event)
 void Observer::releaseSubjects()
 {
     for (Subject* subject : subjects) {
-        subject->removeObserver(this);
+        if (Subject::isLive(subject)) {
+            subject->removeObserver(this);
+        }
     }
 }
 

@@ -4,14 +4,36 @@
 
 #include <algorithm>
 #include <iostream>
+#include <set>
 
 namespace korvel {
 
 const char* Subject::className = "Subject";
 
+namespace {
+
+std::set<const Subject*>& liveSubjects()
+{
+    static std::set<const Subject*> subjects;
+    return subjects;
+}
+
+}  // namespace
+
+Subject::Subject()
+{
+    liveSubjects().insert(this);
+}
+
 Subject::~Subject()
 {
     releaseObservers();
+    liveSubjects().erase(this);
+}
+
+bool Subject::isLive(const Subject* subject)
+{
+    return liveSubjects().count(subject) != 0;
 }
 
 void Subject::addObserver(Observer* observer)

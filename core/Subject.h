@@ -23,7 +23,7 @@ public:
     static const char* getClassName() { return className; }
     const char* getInstanceClassName() const override { return className; }
 
-    Subject() = default;
+    Subject();
     // Observers learn of the end through event 6 (see releaseObservers).
     ~Subject() override;
     Subject(const Subject&) = delete;
@@ -47,6 +47,9 @@ private:
     // An observer destroyed while a walk is under way must not be called
     // later in that walk.
     void observerDestroyed(Observer* observer);
+    // An observer that left a subject still lists it; when the subject has
+    // gone since, the observer must not reach it any more.
+    static bool isLive(const Subject* subject);
 
     std::vector<Observer*> observers;
     std::vector<Observer*> pendingRemovals;
