@@ -253,11 +253,13 @@ Vector4D Matrix4D::operator*(const Vector4D& v) const
 
 Matrix4D Matrix4D::operator*(const Matrix4D& b) const
 {
+    // Column c of the product is the columns of this weighted by column c of
+    // b: four-wide multiply-adds the compiler can vectorise.
     Matrix4D result;
     for (int c = 0; c < 4; ++c) {
+        const float* weights = b.m + 4 * c;
         for (int r = 0; r < 4; ++r) {
-            result.m[4 * c + r] = m[r] * b.m[4 * c] + m[4 + r] * b.m[4 * c + 1] + m[8 + r] * b.m[4 * c + 2] +
-                                  m[12 + r] * b.m[4 * c + 3];
+            result.m[4 * c + r] = m[r] * weights[0] + m[4 + r] * weights[1] + m[8 + r] * weights[2] + m[12 + r] * weights[3];
         }
     }
     return result;
@@ -373,50 +375,41 @@ Vector4D Matrix4D::getLine(int i) const
     return Vector4D(m[i], m[i + 4], m[i + 8], m[i + 12]);
 }
 
-void Matrix4D::exchangeLines(int a, int b)
+namespace {
+
+// Unchecked line operations on a column-major array; the public ones check
+// their indices first, inversion calls these directly.
+inline void swapLines(float* a, int i, int j)
 {
-    if (!validIndex(a, "exchangeLines") || !validIndex(b, "exchangeLines")) {
-        return;
-    }
-    for (int c = 0; c < 4; ++c) {
-        const float kept = m[4 * c + a];
-        m[4 * c + a] = m[4 * c + b];
-        m[4 * c + b] = kept;
+    for (int c = 0; c < 16; c += 4) {
+        const float kept = a[c + i];
+        a[c + i] = a[c + j];
+        a[c + j] = kept;
     }
 }
 
-void Matrix4D::mulLine(int i, float f)
+inline void scaleLine(float* a, int i, float f)
 {
-    if (!validIndex(i, "mulLine")) {
-        return;
-    }
-    for (int c = 0; c < 4; ++c) {
-        m[4 * c + i] *= f;
+    for (int c = 0; c < 16; c += 4) {
+        a[c + i] *= f;
     }
 }
 
-void Matrix4D::addMulLineToLine(float f, int src, int dst)
+inline void addScaledLine(float* a, float f, int src, int dst)
 {
-    if (!validIndex(src, "addMulLineToLine") || !validIndex(dst, "addMulLineToLine")) {
-        return;
-    }
-    for (int c = 0; c < 4; ++c) {
-        m[4 * c + dst] += f * m[4 * c + src];
+    for (int c = 0; c < 16; c += 4) {
+        a[c + dst] += f * a[c + src];
     }
 }
 
-bool Matrix4D::normalisePivot(int i, Matrix4D& inv)
+inline bool pivotStep(float* a, float* inv, int i)
 {
-    // An index past the last line is a plain failure of the elimination, not
-    // a misuse worth a log line.
-    if (static_cast<unsigned>(i) > 3u) {
-        return false;
-    }
     int best = i;
     float bestMagnitude = 0.0f;
     float pivot = 0.0f;
+    // Strictly greater: on a tie the first line found stays.
     for (int k = i; k < 4; ++k) {
-        const float value = m[4 * i + k];
+        const float value = a[4 * i + k];
         if (std::fabs(value) > bestMagnitude) {
             bestMagnitude = std::fabs(value);
             best = k;
@@ -427,39 +420,79 @@ bool Matrix4D::normalisePivot(int i, Matrix4D& inv)
         return false;
     }
     if (best != i) {
-        exchangeLines(i, best);
-        inv.exchangeLines(i, best);
+        swapLines(a, i, best);
+        swapLines(inv, i, best);
     }
     const float scale = 1.0f / pivot;
-    mulLine(i, scale);
-    inv.mulLine(i, scale);
+    scaleLine(a, i, scale);
+    scaleLine(inv, i, scale);
     return true;
 }
 
-void Matrix4D::cleanFromPivot(int i, Matrix4D& inv)
+inline void eliminate(float* a, float* inv, int i)
 {
-    if (!validIndex(i, "cleanFromPivot")) {
-        return;
-    }
     for (int k = 0; k < 4; ++k) {
         if (k == i) {
             continue;
         }
-        const float f = -m[4 * i + k];
-        addMulLineToLine(f, i, k);
-        inv.addMulLineToLine(f, i, k);
+        const float f = -a[4 * i + k];
+        addScaledLine(a, f, i, k);
+        addScaledLine(inv, f, i, k);
+    }
+}
+
+}  // namespace
+
+void Matrix4D::exchangeLines(int a, int b)
+{
+    if (validIndex(a, "exchangeLines") && validIndex(b, "exchangeLines")) {
+        swapLines(m, a, b);
+    }
+}
+
+void Matrix4D::mulLine(int i, float f)
+{
+    if (validIndex(i, "mulLine")) {
+        scaleLine(m, i, f);
+    }
+}
+
+void Matrix4D::addMulLineToLine(float f, int src, int dst)
+{
+    if (validIndex(src, "addMulLineToLine") && validIndex(dst, "addMulLineToLine")) {
+        addScaledLine(m, f, src, dst);
+    }
+}
+
+bool Matrix4D::normalisePivot(int i, Matrix4D& inv)
+{
+    // An index past the last line is a plain failure of the elimination, not
+    // a misuse worth a log line.
+    if (static_cast<unsigned>(i) > 3u) {
+        return false;
+    }
+    return pivotStep(m, inv.m, i);
+}
+
+void Matrix4D::cleanFromPivot(int i, Matrix4D& inv)
+{
+    if (validIndex(i, "cleanFromPivot")) {
+        eliminate(m, inv.m, i);
     }
 }
 
 bool Matrix4D::invert(Matrix4D& inv) const
 {
     inv.setI4();
-    Matrix4D a(*this);
+    float a[16];
+    for (int i = 0; i < 16; ++i) {
+        a[i] = m[i];
+    }
     for (int p = 0; p < 4; ++p) {
-        if (!a.normalisePivot(p, inv)) {
+        if (!pivotStep(a, inv.m, p)) {
             return false;
         }
-        a.cleanFromPivot(p, inv);
+        eliminate(a, inv.m, p);
     }
     return true;
 }
