@@ -1,0 +1,4 @@
+vec3 includedColour(vec2 uv)
+{
+    return vec3(uv, 0.5);
+}
