@@ -60,7 +60,20 @@ TEST_F(ShaderProgramManagerGLTest, EveryShippedProgramLoadsWithoutError)
             EXPECT_NE(location, -1) << name;
         }
     }
-    EXPECT_EQ(manager.getPrograms().size(), 7u);
+    // The game's own programs.
+    for (const char* name : {"MapTextured", "Text", "Fusion"}) {
+        CaptureStdout out;
+        ShaderProgram* program = manager.getProgram(name);
+        const std::string text = out.text();
+        out.restore();
+        ASSERT_NE(program, nullptr) << name << "\n" << text;
+        EXPECT_FALSE(has(text, "[ERROR]") || has(text, "[Error]")) << name << "\n" << text;
+        EXPECT_FALSE(has(text, "binding of attribute")) << name << "\n" << text;
+        EXPECT_NE(static_cast<ShaderProgramBase*>(program)->getTimeLocation(), -1) << name;
+    }
+    EXPECT_NE(static_cast<ShaderProgramBase*>(manager.getProgram("MapTextured"))->getTextureSamplerLocation(), -1);
+    EXPECT_NE(static_cast<ShaderProgramBase*>(manager.getProgram("Text"))->getTextureSamplerLocation(), -1);
+    EXPECT_EQ(manager.getPrograms().size(), 10u);
 }
 
 TEST_F(ShaderProgramManagerGLTest, MissingSourcesFailOnceAndAreNotRetried)
