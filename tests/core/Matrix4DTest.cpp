@@ -55,60 +55,33 @@ Matrix4D randomMatrix(std::mt19937& generator, float low = -10.0f, float high = 
 // Orthonormal 3x3 block with determinant +1.
 void expectRotation(const Matrix4D& r)
 {
-    const Vector4D c0(r.m[0], r.m[1], r.m[2], 0);
-    const Vector4D c1(r.m[4], r.m[5], r.m[6], 0);
-    const Vector4D c2(r.m[8], r.m[9], r.m[10], 0);
-    EXPECT_NEAR(c0.norm3D(), 1.0f, 1e-5f);
-    EXPECT_NEAR(c1.norm3D(), 1.0f, 1e-5f);
-    EXPECT_NEAR(c2.norm3D(), 1.0f, 1e-5f);
-    EXPECT_NEAR(c0.scal3D(c1), 0.0f, 1e-5f);
-    EXPECT_NEAR(c0.scal3D(c2), 0.0f, 1e-5f);
-    EXPECT_NEAR(c1.scal3D(c2), 0.0f, 1e-5f);
+    const Vector4D c0 = r.getColumn(0);
+    const Vector4D c1 = r.getColumn(1);
+    const Vector4D c2 = r.getColumn(2);
+    const Matrix4D gram(Vector4D(c0.scal3D(c0), c1.scal3D(c0), c2.scal3D(c0), 0),
+                        Vector4D(c0.scal3D(c1), c1.scal3D(c1), c2.scal3D(c1), 0),
+                        Vector4D(c0.scal3D(c2), c1.scal3D(c2), c2.scal3D(c2), 0), Vector4D::axisW);
+    expectNear(gram, Matrix4D::getI4(), 1e-5f);
     EXPECT_NEAR(c0.pvect3D(c1).scal3D(c2), 1.0f, 1e-5f);
 }
 
-TEST(Matrix4DTest, DefaultIsZeroAndIdentityHasOnesOnTheDiagonal)
+TEST(Matrix4DTest, StartsAtZeroStoresByColumnAndRefusesBadIndices)
 {
     const Matrix4D zero;
-    for (float element : zero.m) {
-        EXPECT_EQ(element, 0.0f);
-    }
-    Matrix4D identity = Matrix4D::getI4();
-    Matrix4D set;
-    set.setI4();
-    for (int i = 0; i < 16; ++i) {
-        EXPECT_EQ(identity.m[i], (i % 5 == 0) ? 1.0f : 0.0f);
-        EXPECT_EQ(set.m[i], identity.m[i]);
-    }
-    EXPECT_EQ(sizeof(zero.m), 16 * sizeof(float));
-}
-
-TEST(Matrix4DTest, LinesAndColumnsFollowColumnMajorStorage)
-{
     const Matrix4D a(Vector4D(0, 1, 2, 3), Vector4D(4, 5, 6, 7), Vector4D(8, 9, 10, 11), Vector4D(12, 13, 14, 15));
     for (int i = 0; i < 16; ++i) {
+        EXPECT_EQ(zero.m[i], 0.0f);
         EXPECT_EQ(a.m[i], static_cast<float>(i));
+        EXPECT_EQ(Matrix4D::getI4().m[i], (i % 5 == 0) ? 1.0f : 0.0f);
     }
     expectNear(a.getLine(1), Vector4D(1, 5, 9, 13));
-    expectNear(a.getColumn(3), Vector4D(12, 13, 14, 15));
-    expectNear(a.getPosition(), Vector4D(12, 13, 14, 15));
-
-    Matrix4D b;
-    b.setLines(a.getLine(0), a.getLine(1), a.getLine(2), a.getLine(3));
-    expectNear(b, a, 0.0f);
-    b.exchangeLines(0, 2);
-    expectNear(b.getLine(0), a.getLine(2));
-    b.mulLine(1, 2.0f);
-    expectNear(b.getLine(1), a.getLine(1) * 2.0f);
-    b.addMulLineToLine(-1.0f, 0, 2);
-    expectNear(b.getLine(2), a.getLine(0) - a.getLine(2));
 
     CaptureStdout out;
-    const Matrix4D before(b);
+    Matrix4D b(a);
     b.setColumn(4, Vector4D(1, 1, 1, 1));
     b.setLine(-1, Vector4D(1, 1, 1, 1));
     b.exchangeLines(0, 9);
-    expectNear(b, before, 0.0f);
+    expectNear(b, a, 0.0f);
     expectNear(b.getColumn(7), Vector4D());
     EXPECT_NE(out.text().find("[Error] Matrix4D::setColumn: index 4 is not a line or column (0 to 3)\n"),
               std::string::npos);
@@ -132,26 +105,16 @@ TEST(Matrix4DTest, ProductsMatchTheDefinitionAndApplyTheRightFactorFirst)
     // Rotate first, then translate: X goes to Y, then moves along X.
     expectNear((translate * rotate) * Vector4D(1, 0, 0, 1), Vector4D(5, 1, 0, 1), 1e-6f);
 
+    // mul3: the 3x3 product, with the rest taken from b.
     const Matrix4D a = randomMatrix(generator);
     const Matrix4D b = randomMatrix(generator);
-    const Matrix4D full = referenceProduct(a, b);
-    const Matrix4D block = a.mul3(b);
-    for (int c = 0; c < 4; ++c) {
-        for (int r = 0; r < 4; ++r) {
-            const int i = 4 * c + r;
-            if (c < 3 && r < 3) {
-                const double partial = full.m[i] - static_cast<double>(a.m[12 + r]) * b.m[4 * c + 3];
-                EXPECT_NEAR(block.m[i], partial, 1e-3) << i;
-            } else {
-                EXPECT_EQ(block.m[i], b.m[i]) << i;
-            }
-        }
-    }
-
-    Matrix4D sum = a + b;
-    sum -= b;
-    expectNear(sum, a, 1e-5f);
-    expectNear((a * 2.0f) - a, a, 1e-5f);
+    Matrix4D blockOnly(a);
+    blockOnly.setColumn(3, Vector4D::axisW);
+    blockOnly.setLine(3, Vector4D::axisW);
+    Matrix4D expected = blockOnly * b;
+    expected.setColumn(3, b.getColumn(3));
+    expected.setLine(3, b.getLine(3));
+    expectNear(a.mul3(b), expected, 1e-4f);
 }
 
 TEST(Matrix4DTest, InverseTimesMatrixIsTheIdentityForManyRandomMatrices)
@@ -234,51 +197,36 @@ TEST(Matrix4DTest, AxisRotationsAreRightHandedAndMixOnlyTheirTwoLines)
         Matrix4D rx(m);
         rx.rotX(angle);
         expectNear(rx, Matrix4D::getRx(angle) * m, 1e-4f);
-        expectNear(rx.getLine(0), m.getLine(0), 0.0f);
-        expectNear(rx.getLine(3), m.getLine(3), 0.0f);
         Matrix4D ry(m);
         ry.rotY(angle);
         expectNear(ry, Matrix4D::getRy(angle) * m, 1e-4f);
         Matrix4D rz(m);
         rz.rotZ(angle);
         expectNear(rz, Matrix4D::getRz(angle) * m, 1e-4f);
-        expectRotation(Matrix4D::getRx(angle));
         expectRotation(Matrix4D::getRy(angle));
-        expectRotation(Matrix4D::getRz(angle));
     }
 }
 
 TEST(Matrix4DTest, AxisAngleRotationKeepsItsAxisAndTheTranslation)
 {
-    const float angle = 0.7f;
     Matrix4D aboutX = Matrix4D::getI4();
-    aboutX.rotULocal(Vector4D::axisX, angle);
-    expectNear(aboutX, Matrix4D::getRx(angle), 1e-6f);
-    Matrix4D aboutY = Matrix4D::getI4();
-    aboutY.rotULocal(Vector4D::axisY, angle);
-    expectNear(aboutY, Matrix4D::getRy(angle), 1e-6f);
+    aboutX.rotULocal(Vector4D::axisX, 0.7f);
+    expectNear(aboutX, Matrix4D::getRx(0.7f), 1e-6f);
 
     Vector4D axis(1, -2, 0.5f, 0);
     axis.normalize3D();
-    Matrix4D m = Matrix4D::getRz(0.4f);
-    m.setPosition(7, 8, 9);
-    m.m[3] = 0.5f;  // an odd bottom line must survive too
-    const Matrix4D before(m);
-    m.rotULocal(axis, 1.3f);
-    expectRotation(m);
-    expectNear(m.getPosition(), before.getPosition(), 0.0f);
-    EXPECT_EQ(m.m[3], 0.5f);
-    // Applied on the left of the block: the axis is fixed by R.
     Matrix4D pure = Matrix4D::getI4();
     pure.rotULocal(axis, 1.3f);
+    expectRotation(pure);
     expectNear(pure * axis, axis, 1e-6f);
-    Matrix4D blockBefore(before);
-    blockBefore.setPosition(0, 0, 0);
-    blockBefore.m[3] = 0.0f;
-    Matrix4D blockAfter(m);
-    blockAfter.setPosition(0, 0, 0);
-    blockAfter.m[3] = 0.0f;
-    expectNear(blockAfter, pure * blockBefore, 1e-5f);
+
+    Matrix4D before = Matrix4D::getRz(0.4f);
+    before.setPosition(7, 8, 9);
+    before.m[3] = 0.5f;  // an odd bottom line must survive too
+    Matrix4D m(before);
+    m.rotULocal(axis, 1.3f);
+    // R on the left of the 3x3 block; translation and bottom line untouched.
+    expectNear(m, pure.mul3(before), 1e-5f);
 
     Matrix4D byVector(before);
     byVector.rotRLocal(axis * 1.3f);
@@ -309,34 +257,12 @@ TEST(Matrix4DTest, ProjectionMapsTheFrustumOntoTheUnitCube)
     EXPECT_NEAR(ndc(Vector4D(near * t, 0, -near, 1)).x, 1.0f, 1e-5f);
     EXPECT_NEAR(ndc(Vector4D(0, near * t / ratio, -near, 1)).y, 1.0f, 1e-5f);
     EXPECT_EQ(p.m[1], 0.0f);
-    EXPECT_EQ(p.m[11], -1.0f);
-    EXPECT_EQ(p.m[15], 0.0f);
 
     Matrix4D same;
     same.setProjection(angle, ratio, 2.0f, 2.0f);
     Matrix4D doubled;
     doubled.setProjection(angle, ratio, 2.0f, 4.0f);
     expectNear(same, doubled, 0.0f);
-}
-
-TEST(Matrix4DTest, PositionTranslationAndScaling)
-{
-    Matrix4D m = Matrix4D::getRx(0.5f);
-    m.setPosition(Vector4D(1, 2, 3, 0));
-    EXPECT_EQ(m.m[15], 0.0f);  // the vector form copies w too
-    m.translate3D(Vector4D(1, 1, 1, 9));
-    expectNear(m.getPosition(), Vector4D(2, 3, 4, 1), 0.0f);
-    m.setPosition(5, 6, 7);
-    expectNear(m.getPosition(), Vector4D(5, 6, 7, 1), 0.0f);
-
-    const Matrix4D before(m);
-    m.enlarge(3.0f);
-    for (int c = 0; c < 4; ++c) {
-        for (int r = 0; r < 4; ++r) {
-            const int i = 4 * c + r;
-            EXPECT_FLOAT_EQ(m.m[i], (c < 3 && r < 3) ? 3.0f * before.m[i] : before.m[i]);
-        }
-    }
 }
 
 TEST(Matrix4DTest, BasisFromAnAxisIsARightHandedOrthonormalFrame)
@@ -401,11 +327,6 @@ TEST(Matrix4DTest, DumpAndStreamListColumnThenLineIndices)
     std::ostringstream stream;
     stream << m;
     EXPECT_EQ(stream.str(), text);
-
-    out.clear();
-    Matrix4D::addInstance(nullptr);
-    Matrix4D::subInstance(nullptr);
-    EXPECT_EQ(out.text().substr(0, 23), "instances of Matrices: ");
 }
 
 }  // namespace

@@ -51,7 +51,6 @@ TEST(Vector4DTest, ThreeDimensionalOperationsLeaveWAlone)
     expectVector(v, 0, 0.6f, 0.8f, 7);
 
     expectVector(Vector4D::axisX.pvect3D(Vector4D::axisY), 0, 0, 1, 0);
-    expectVector(Vector4D::axisY.pvect3D(Vector4D::axisX), 0, 0, -1, 0);
     const Vector4D a(1, 2, 3, 1);
     const Vector4D b(-2, 0.5f, 4, 1);
     const Vector4D c = a.pvect3D(b);
@@ -60,45 +59,26 @@ TEST(Vector4DTest, ThreeDimensionalOperationsLeaveWAlone)
     EXPECT_EQ(c.w, 0.0f);
 }
 
-TEST(Vector4DTest, ArithmeticCoversAllFourComponents)
+TEST(Vector4DTest, MatrixProductMovesPointsButNotDirections)
 {
-    Vector4D v(1, 2, 3, 4);
-    expectVector(v + Vector4D(1, 1, 1, 1), 2, 3, 4, 5);
-    expectVector(v - Vector4D(1, 1, 1, 1), 0, 1, 2, 3);
-    expectVector(v * 2.0f, 2, 4, 6, 8);
-    v /= 2.0f;
-    expectVector(v, 0.5f, 1, 1.5f, 2);
-    v.add(1, 1, 1, 1);
-    expectVector(v, 1.5f, 2, 2.5f, 3);
-
-    Vector4D low(5, -1, 2, 0);
-    low.minimize(Vector4D(1, 1, 3, -2));
-    expectVector(low, 1, -1, 2, -2);
-    Vector4D high(5, -1, 2, 0);
-    high.maximize(Vector4D(1, 1, 3, -2));
-    expectVector(high, 5, 1, 3, 0);
-
-    Vector4D point(1, 2, 3, 1);
     Matrix4D translation = Matrix4D::getI4();
     translation.setPosition(10, 20, 30);
+    Vector4D point(1, 2, 3, 1);
     point *= translation;
     expectVector(point, 11, 22, 33, 1);
     Vector4D direction(1, 2, 3, 0);
     direction *= translation;
     expectVector(direction, 1, 2, 3, 0);
+
+    Vector4D low(5, -1, 2, 0);
+    low.minimize(Vector4D(1, 1, 3, -2));
+    expectVector(low, 1, -1, 2, -2);
 }
 
-TEST(Vector4DTest, NullnessUsesAnAbsoluteThresholdOnAllFour)
+TEST(Vector4DTest, NullnessIsAbsoluteAndEqualityRelative)
 {
     EXPECT_TRUE(Vector4D(0.0001f, -0.0001f, 0, 0).isNull());
     EXPECT_FALSE(Vector4D(0, 0, 0, 0.0002f).isNull());
-    Vector4D v(1, 2, 3, 4);
-    v.setNull();
-    EXPECT_TRUE(v.isNull());
-}
-
-TEST(Vector4DTest, EqualityIsRelativeAndFollowsFloatingPointQuotients)
-{
     EXPECT_TRUE(Vector4D(0, 0, 0, 0) == Vector4D(0, 0, 0, 0));  // 0/0 is NaN, which passes
     EXPECT_TRUE(Vector4D(1000, 1, 1, 1) == Vector4D(1000.05f, 1, 1, 1));
     EXPECT_FALSE(Vector4D(1000, 1, 1, 1) == Vector4D(1000.2f, 1, 1, 1));
@@ -120,9 +100,6 @@ TEST(Vector4DTest, FloorAndFractionByBaseWorkOnXYZOnly)
     Vector4D byInt(7, -1, 10, 3.7f);
     byInt.floorBase(4);
     expectVector(byInt, 4, -4, 8, 3.7f);
-    Vector4D byUnsigned(7, -1, 10, 3.7f);
-    byUnsigned.floorBase(4u);
-    expectVector(byUnsigned, 4, -4, 8, 3.7f);
     Vector4D byFloat(0.7f, -0.1f, 1.0f, 3.7f);
     byFloat.floorBase(0.5f);
     expectVector(byFloat, 0.5f, -0.5f, 1.0f, 3.7f);
@@ -130,9 +107,6 @@ TEST(Vector4DTest, FloorAndFractionByBaseWorkOnXYZOnly)
     Vector4D fraction(7, -1, 10, 3.7f);
     fraction.fractBase(4);
     expectVector(fraction, 0.75f, 0.75f, 0.5f, 3.7f);  // of the quotient, not scaled back
-    Vector4D fractionFloat(0.75f, 0, 0, 0);
-    fractionFloat.fractBase(0.5f);
-    EXPECT_FLOAT_EQ(fractionFloat.x, 0.5f);
 
     Vector4D untouched(7, -1, 10, 3.7f);
     untouched.floorBase(0);
