@@ -377,32 +377,35 @@ Vector4D Matrix4D::getLine(int i) const
 
 namespace {
 
-// Unchecked line operations on a column-major array; the public ones check
-// their indices first, inversion calls these directly.
-inline void swapLines(float* a, int i, int j)
+// Unchecked line operations on a column-major array, on the columns from
+// `from` on; the public ones check their indices first, inversion calls these
+// directly.
+inline void swapLines(float* a, int i, int j, int from = 0)
 {
-    for (int c = 0; c < 16; c += 4) {
+    for (int c = 4 * from; c < 16; c += 4) {
         const float kept = a[c + i];
         a[c + i] = a[c + j];
         a[c + j] = kept;
     }
 }
 
-inline void scaleLine(float* a, int i, float f)
+inline void scaleLine(float* a, int i, float f, int from = 0)
 {
-    for (int c = 0; c < 16; c += 4) {
+    for (int c = 4 * from; c < 16; c += 4) {
         a[c + i] *= f;
     }
 }
 
-inline void addScaledLine(float* a, float f, int src, int dst)
+inline void addScaledLine(float* a, float f, int src, int dst, int from = 0)
 {
-    for (int c = 0; c < 16; c += 4) {
+    for (int c = 4 * from; c < 16; c += 4) {
         a[c + dst] += f * a[c + src];
     }
 }
 
-inline bool pivotStep(float* a, float* inv, int i)
+// from is where the work on a starts: inversion skips the columns already
+// reduced, which no later step reads; inv always takes whole lines.
+inline bool pivotStep(float* a, float* inv, int i, int from)
 {
     int best = i;
     float bestMagnitude = 0.0f;
@@ -420,23 +423,23 @@ inline bool pivotStep(float* a, float* inv, int i)
         return false;
     }
     if (best != i) {
-        swapLines(a, i, best);
+        swapLines(a, i, best, from);
         swapLines(inv, i, best);
     }
     const float scale = 1.0f / pivot;
-    scaleLine(a, i, scale);
+    scaleLine(a, i, scale, from);
     scaleLine(inv, i, scale);
     return true;
 }
 
-inline void eliminate(float* a, float* inv, int i)
+inline void eliminate(float* a, float* inv, int i, int from)
 {
     for (int k = 0; k < 4; ++k) {
         if (k == i) {
             continue;
         }
         const float f = -a[4 * i + k];
-        addScaledLine(a, f, i, k);
+        addScaledLine(a, f, i, k, from);
         addScaledLine(inv, f, i, k);
     }
 }
@@ -471,13 +474,13 @@ bool Matrix4D::normalisePivot(int i, Matrix4D& inv)
     if (static_cast<unsigned>(i) > 3u) {
         return false;
     }
-    return pivotStep(m, inv.m, i);
+    return pivotStep(m, inv.m, i, 0);
 }
 
 void Matrix4D::cleanFromPivot(int i, Matrix4D& inv)
 {
     if (validIndex(i, "cleanFromPivot")) {
-        eliminate(m, inv.m, i);
+        eliminate(m, inv.m, i, 0);
     }
 }
 
@@ -489,10 +492,10 @@ bool Matrix4D::invert(Matrix4D& inv) const
         a[i] = m[i];
     }
     for (int p = 0; p < 4; ++p) {
-        if (!pivotStep(a, inv.m, p)) {
+        if (!pivotStep(a, inv.m, p, p)) {
             return false;
         }
-        eliminate(a, inv.m, p);
+        eliminate(a, inv.m, p, p);
     }
     return true;
 }

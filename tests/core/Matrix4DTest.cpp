@@ -173,6 +173,19 @@ TEST(Matrix4DTest, InversionHandlesIdentityLineExchangesAndSingularMatrices)
     EXPECT_FALSE(dependent.invert(inverse));
     EXPECT_FALSE(Matrix4D().invert(inverse));
 
+    // The shortcut inside invert matches the public pivot steps exactly.
+    std::mt19937 generator(8);
+    const Matrix4D a = randomMatrix(generator);
+    Matrix4D stepwise = Matrix4D::getI4();
+    Matrix4D work(a);
+    for (int p = 0; p < 4; ++p) {
+        ASSERT_TRUE(work.normalisePivot(p, stepwise));
+        work.cleanFromPivot(p, stepwise);
+    }
+    ASSERT_TRUE(a.invert(inverse));
+    expectNear(inverse, stepwise, 0.0f);
+    expectNear(work, Matrix4D::getI4(), 1e-5f);
+
     Matrix4D scratch = Matrix4D::getI4();
     EXPECT_FALSE(scratch.normalisePivot(4, inverse));
     EXPECT_FALSE(scratch.normalisePivot(-1, inverse));
