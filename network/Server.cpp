@@ -225,20 +225,21 @@ bool Server::queueRequest(const Buffer& buffer)
             warnFull = !queueFull;
             queueFull = true;
         } else {
-            if (queueFull) {
+            requests.emplace_back(buffer.getData(), buffer.getData() + buffer.getUsed());
+            queued = true;
+            if (queueFull && requests.size() <= maxPendingRequests / 2) {
                 recovered = droppedSinceFull;
                 queueFull = false;
                 droppedSinceFull = 0;
             }
-            requests.emplace_back(buffer.getData(), buffer.getData() + buffer.getUsed());
-            queued = true;
         }
     }
-    // One line when the queue fills and one when it takes requests again,
-    // however many datagrams are dropped in between.
+    // One line when the queue fills and one once it has drained to half,
+    // however many datagrams are dropped in between: under a flood the queue
+    // would otherwise flip between full and not full for every request taken.
     if (warnFull) {
         networkLog("[Warning] server request queue is full (" + std::to_string(maxPendingRequests) +
-                   " requests), dropping requests until it drains");
+                   " requests), new requests are dropped while it is full");
     }
     if (recovered > 0) {
         networkLog("[Information] server request queue accepts requests again after dropping " +

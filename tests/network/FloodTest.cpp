@@ -133,9 +133,10 @@ TEST(FloodTest, AFloodOfTheServerPortStaysBoundedAndRequestsStillFlow)
     EXPECT_LT(afterFull - before, 32 * 1024);
     EXPECT_LT(after - before, 32 * 1024);
 #endif
-    // One line when the queue fills, one when it takes requests again.
+    // One line when the queue fills, one when it has drained to half.
     EXPECT_GE(log.count("[Warning] server request queue is full"), 1u);
-    EXPECT_LE(log.count("[Warning] server request queue is full"), 2u + fed / Server::maxPendingRequests);
+    // The queue warns again only after draining to half.
+    EXPECT_LE(log.count("[Warning] server request queue is full"), 2u + fed / (Server::maxPendingRequests / 2));
     // The first recovery counts at least the drops of the first flood.
     const auto& lines = log.lines();
     const auto recovery = std::find_if(lines.begin(), lines.end(), [](const std::string& line) {
