@@ -30,6 +30,7 @@ private:
 
 bool readAll(int fd, std::string& data)
 {
+    // The size given by fstat is not trusted: files under /proc say 0.
     char chunk[65536];
     for (;;) {
         const ssize_t got = ::read(fd, chunk, sizeof chunk);
@@ -43,6 +44,9 @@ bool readAll(int fd, std::string& data)
             return false;
         }
         data.append(chunk, static_cast<std::size_t>(got));
+        if (data.size() > maxTextFileSize) {
+            return false;
+        }
     }
 }
 
@@ -56,7 +60,8 @@ bool readTextLines(const std::string& fileName, std::string& result)
         return false;
     }
     struct stat info;
-    if (::fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode)) {
+    if (::fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_size < 0 ||
+        static_cast<unsigned long long>(info.st_size) > maxTextFileSize) {
         return false;
     }
     std::string data;

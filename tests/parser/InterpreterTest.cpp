@@ -80,6 +80,10 @@ TEST(InterpreterTest, TextModeLineEnds)
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
     EXPECT_FALSE(readTextLines(fifo, untouched));
     EXPECT_FALSE(readTextLines("/dev/zero", untouched));
+    // Sparse, so it costs no disk.
+    const std::string huge = scratch.write("huge.txt", "");
+    ASSERT_EQ(::truncate(huge.c_str(), static_cast<off_t>(korvel::maxTextFileSize) + 1), 0);
+    EXPECT_FALSE(readTextLines(huge, untouched));
     EXPECT_EQ(untouched, "same");
 }
 
