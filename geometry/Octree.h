@@ -56,14 +56,12 @@ public:
     // True when the key was there.
     bool remove(const Vector4D& point)
     {
+        if (root == nullptr) {
+            return false;
+        }
         OctreeNode<T>* parent = nullptr;
         int slot = 0;
-        OctreeNode<T>* n = root;
-        while (n != nullptr && !(point == n->point)) {
-            parent = n;
-            slot = n->childIndex(point);
-            n = n->children[slot];
-        }
+        OctreeNode<T>* n = root->locate(point, &parent, &slot);
         if (n == nullptr || !n->present) {
             return false;
         }

@@ -50,14 +50,14 @@ public:
     // replaced, or an empty routing node holding that key filled again.
     virtual AddResult add(const Vector4D& key, const T& data)
     {
+        if (OctreeNode* same = locate(key, nullptr, nullptr)) {
+            const bool revived = !same->present;
+            same->value = data;
+            same->present = true;
+            return revived ? Revived : Replaced;
+        }
         OctreeNode* n = this;
         for (;;) {
-            if (key == n->point) {
-                const bool revived = !n->present;
-                n->value = data;
-                n->present = true;
-                return revived ? Revived : Replaced;
-            }
             OctreeNode*& child = n->children[n->childIndex(key)];
             if (child == nullptr) {
                 child = new OctreeNode(key, data);
@@ -80,12 +80,54 @@ public:
     // The node holding an equal key, or null.
     const OctreeNode* find(const Vector4D& key) const
     {
-        const OctreeNode* n = this;
-        while (n != nullptr) {
+        const OctreeNode* n = const_cast<OctreeNode*>(this)->locate(key, nullptr, nullptr);
+        return n != nullptr && n->present ? n : nullptr;
+    }
+
+    // The node whose key equals key, removed or not, and where it hangs.
+    // Equality is relative, so an equal key can sit just across a split
+    // plane from where the strict comparisons lead; when key lies within
+    // the tolerance of a plane, the other side is searched too (after the
+    // strict path). Keys stay unique by value this way.
+    OctreeNode* locate(const Vector4D& key, OctreeNode** parentOut, int* slotOut)
+    {
+        struct Step {
+            OctreeNode* node;
+            OctreeNode* parent;
+            int slot;
+        };
+        std::vector<Step> stack{{this, nullptr, 0}};
+        const float mx = margin(key.x);
+        const float my = margin(key.y);
+        const float mz = margin(key.z);
+        while (!stack.empty()) {
+            const Step step = stack.back();
+            stack.pop_back();
+            OctreeNode* n = step.node;
             if (key == n->point) {
-                return n->present ? n : nullptr;
+                if (parentOut != nullptr) {
+                    *parentOut = step.parent;
+                    *slotOut = step.slot;
+                }
+                return n;
             }
-            n = n->children[n->childIndex(key)];
+            const int strict = n->childIndex(key);
+            // Bits that an equal key could have the other way round.
+            const int loose = (near(key.x, n->point.x, mx) ? 1 : 0) | (near(key.y, n->point.y, my) ? 2 : 0)
+                            | (near(key.z, n->point.z, mz) ? 4 : 0);
+            if (loose != 0) {
+                for (int flip = 1; flip < 8; ++flip) {
+                    if ((flip & loose) == flip) {
+                        const int other = strict ^ flip;
+                        if (n->children[other] != nullptr) {
+                            stack.push_back({n->children[other], n, other});
+                        }
+                    }
+                }
+            }
+            if (n->children[strict] != nullptr) {
+                stack.push_back({n->children[strict], n, strict});
+            }
         }
         return nullptr;
     }
@@ -131,6 +173,15 @@ public:
     OctreeNode* children[8] = {nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
 
 private:
+    // Vector4D equality allows |a / b - 1| <= 0.0001; twice that bounds how
+    // far an equal coordinate can lie.
+    static float margin(float c) { return 2e-4f * (c < 0.0f ? -c : c); }
+    static bool near(float c, float plane, float m)
+    {
+        const float d = c - plane;
+        return (d < 0.0f ? -d : d) <= m;
+    }
+
     static bool inside(const Vector4D& p, const Vector4D& lo, const Vector4D& hi)
     {
         return lo.x <= p.x && p.x <= hi.x && lo.y <= p.y && p.y <= hi.y && lo.z <= p.z && p.z <= hi.z;

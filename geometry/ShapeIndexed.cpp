@@ -206,7 +206,7 @@ bool ShapeIndexed::removeNode(ShapeNode* node)
         // Degenerate after a collapse, or still on the point about to be
         // freed (a node removed while in use): either way it must go.
         const bool usesPoint = t->points[0] == point || t->points[1] == point || t->points[2] == point;
-        if ((usesPoint || !t->isTriangle()) && removeTriangle(t)) {
+        if ((usesPoint || sharesPointer(t) || !t->isTriangle()) && removeTriangle(t)) {
             destroyTriangle(t);
         }
     }

@@ -79,7 +79,16 @@ Vector4D* ShapeNode::getMinDistancePointExcluded(Vector4D* p, float& distance) c
 void ShapeNode::replaceCenter(Vector4D* newPoint, ShapeNode* target)
 {
     for (Triangle* t : triangles) {
-        if (t->replaceLinked(point, newPoint) && t->isTriangle() && target != nullptr) {
+        if (!t->replaceLinked(point, newPoint) || target == nullptr) {
+            continue;
+        }
+        // Judged by links, not values: two shared points can be equal in
+        // value (equality is relative, not transitive), and a triangle that
+        // links newPoint must be listed by its node, or the node could be
+        // freed under it. One that collapsed by value is dropped afterwards
+        // with the other degenerate ones.
+        const int links = (t->points[0] == newPoint) + (t->points[1] == newPoint) + (t->points[2] == newPoint);
+        if (links == 1) {
             target->addTriangle(t);
         }
     }

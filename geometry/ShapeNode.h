@@ -42,7 +42,7 @@ public:
     // edge from p); distance is -1 and the result null without triangles.
     Vector4D* getMinDistancePointExcluded(Vector4D* p, float& distance) const;
     // Moves every surrounding triangle from this point onto newPoint; those
-    // still proper afterwards join target.
+    // still proper afterwards (newPoint linked once) join target.
     void replaceCenter(Vector4D* newPoint, ShapeNode* target);
 
     std::list<Triangle*> triangles;
