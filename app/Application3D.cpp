@@ -112,6 +112,7 @@ bool Application3D::init()
     } else {
         std::cout << "[Warning] configuration not found, default values applied" << std::endl;
     }
+    glfwSetErrorCallback(&Application3D::reportGLFWError);
     if (glfwInit() == GLFW_FALSE) {
         std::cout << "[ERROR] Unable to initialize GLFW" << std::endl;
         return false;
@@ -165,6 +166,11 @@ bool Application3D::init()
     // Only the colour of the background counts; the window itself is opaque.
     glClearColor(backgroundColour.x, backgroundColour.y, backgroundColour.z, 0.0f);
     return true;
+}
+
+void Application3D::reportGLFWError(int code, const char* description)
+{
+    std::cout << "[Error] GLFW error " << code << ": " << (description != nullptr ? description : "") << std::endl;
 }
 
 // ---- paths, log, configuration ---------------------------------------------
@@ -303,7 +309,10 @@ bool Application3D::initConfig()
     Parser parser;
     // A configuration that parses only in part is still used: the elements
     // read before the error keep their effect.
-    parser.parse(text);
+    if (!parser.parse(text)) {
+        std::cout << "[Warning] config.def not entirely understood, only what was read before the error applies"
+                  << std::endl;
+    }
     delete configuration;
     configuration = parser.detachModule();
     if (configuration != nullptr) {

@@ -107,6 +107,9 @@ public:
     void setUpdateFrequency(float value) { updateFrequency = value; }
 
 protected:
+    // GLFW's own explanation of a failure (no display, no context...).
+    static void reportGLFWError(int code, const char* description);
+
     // True and value set when the configuration holds element/attribute;
     // an attribute that is not an integer is reported and ignored.
     bool readConfigInt(const char* element, const char* attribute, int& value);
