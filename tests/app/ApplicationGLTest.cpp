@@ -386,6 +386,18 @@ TEST(ApplicationGLTest, PathDefinitionInTheParentIsUsedWhenTheExecutablesOwnHasN
     EXPECT_TRUE(linesInOrder(run.console, {"[information] Path directory: " + expected, "Path changed: " + expected}));
     EXPECT_FALSE(run.logName.empty());
     EXPECT_TRUE(linesInOrder(run.log, {"[Success] shader program established", "[information] End logging events"}));
+
+    // With no path.def anywhere the executable's own directory is the data.
+    fs::remove(box.bin / "path.def");
+    fs::remove(box.root / "path.def");
+    fs::copy(box.data / "Shaders", box.bin / "Shaders", fs::copy_options::recursive);
+    fs::copy(box.data / "models.txt", box.bin / "models.txt");
+    const GameRun own = box.run();
+    EXPECT_EQ(own.status, 0) << own.console;
+    EXPECT_TRUE(linesInOrder(own.console, {"[information] Path directory: " + box.bin.string() + "/",
+                                           "Path changed: " + box.bin.string() + "/",
+                                           "[information] log is now directed to file " + box.bin.string() +
+                                               "/Quorbane_"}));
 }
 
 TEST(ApplicationGLTest, LogFileThatCannotBeCreatedLeavesLoggingOnTheConsole)
