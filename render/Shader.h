@@ -23,8 +23,8 @@ public:
     virtual ~Shader();
     virtual void setSource(std::string source);
     virtual void setFileName(std::string name);
-    // Appends the file's lines to the source; a second read appends a second
-    // copy, which callers rely on to concatenate files.
+    // Appends the file's lines to the source without clearing it first: a
+    // second read appends a second copy. That is deliberate and kept.
     virtual bool read();
     virtual bool make();
     virtual const char* getInstanceClassName() const { return className; }
