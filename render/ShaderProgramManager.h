@@ -48,7 +48,8 @@ public:
     ShaderProgram* getProgram(std::string name);
     // Switches programs only when the argument is not the one made current
     // last. The cache is never cleared, so after an unUse the same program
-    // is not bound again through here.
+    // is not bound again through here. A null program is remembered but
+    // binds nothing.
     void useProgram(ShaderProgram* program);
     ShaderProgram* getCurrentProgram() const { return current; }
     std::map<std::string, ShaderProgram*>& getPrograms() { return programs; }

@@ -71,7 +71,8 @@ TextureBase* TextureManager::createTextureBase(const std::string& name)
     if (!texture->load(file)) {
         std::cout << "[ERROR] Texture not loaded:" << name << std::endl;
         std::cout << "[ERROR] filename information:" << file << std::endl;
-        textures[name] = nullptr;
+        // Remembered as failed; a texture already held under the name stays.
+        textures.emplace(name, nullptr);
         return nullptr;
     }
     TextureBase* loaded = texture.release();
