@@ -1,7 +1,7 @@
 #version 330
 // Laser bolt: emissive. A white-hot core where the bolt faces the eye, red
-// at its edges, tapering at both ends and flickering with its age. It casts
-// no shading of its own; the main light only adds a faint glint.
+// and more transparent at its edges, flickering with its age. It has no
+// shading of its own; the main light only adds a faint glint.
 uniform vec3 light;
 uniform vec3 camera;
 uniform vec4 phong;
@@ -22,7 +22,6 @@ void main()
     vec3 n = normalize(worldNormal);
     vec3 toEye = normalize(camera - worldPosition);
     float core = pow(abs(dot(n, toEye)), 3.0);
-    float taper = smoothstep(0.0, 0.15, surfaceUV.y) * smoothstep(1.0, 0.85, surfaceUV.y);
     float flicker = 0.85 + 0.15 * sin(time * 40.0 + surfaceUV.y * 30.0);
     vec3 color = mix(vec3(1.0, 0.1, 0.05), vec3(1.0, 0.9, 0.85), core) * (1.5 * flicker);
     float glint = pow(max(dot(reflect(normalize(light), n), toEye), 0.0), max(phong.w, 1.0) * 8.0);
@@ -30,5 +29,5 @@ void main()
     // Fog dims a glowing bolt less than it does lit matter.
     float fog = clamp((fogend - eyeDistance) / max(fogend - fogstart, 0.0001), 0.0, 1.0);
     color = mix(fogcolor.rgb, color, max(fog, 0.4));
-    fragColor = vec4(color, clamp((0.5 + 0.5 * core) * max(taper, 0.3), 0.0, 1.0));
+    fragColor = vec4(color, clamp(0.55 + 0.45 * core, 0.0, 1.0));
 }

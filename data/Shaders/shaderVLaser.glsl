@@ -1,6 +1,5 @@
 #version 330
-// Laser bolt, read as raw sources (no definition file). The bolt is a thin
-// shape whose texture u runs around it and v along it.
+// Laser bolt, read as raw sources (no definition file).
 in vec3 in_Position;
 in vec3 in_Normal;
 in vec2 in_UV;
