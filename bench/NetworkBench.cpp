@@ -88,9 +88,9 @@ bool readState(Buffer& state, float& checksum)
             if (alive && ((block == 1 && !state.get(age)) || !state.get(matrix))) {
                 return false;
             }
-            checksum += matrix.m[12] + age;
         }
     }
+    checksum += matrix.m[12] + age;  // the last values read, so none is optimised away
     return true;
 }
 

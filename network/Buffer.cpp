@@ -68,44 +68,7 @@ bool Buffer::allocate(uint64_t size)
     return true;
 }
 
-bool Buffer::push(const void* bytes, uint64_t size)
-{
-    if (size > capacity - used) {  // used <= capacity always, so no wrap
-        return false;
-    }
-    std::memcpy(data + used, bytes, size);
-    used += size;
-    return true;
-}
-
-bool Buffer::pop(void* bytes, uint64_t size)
-{
-    if (used < size) {
-        return false;
-    }
-    used -= size;
-    std::memcpy(bytes, data + used, size);
-    return true;
-}
-
-bool Buffer::add(bool value)
-{
-    const unsigned char byte = value ? 1 : 0;
-    return push(&byte, 1);
-}
-
-bool Buffer::add(short value) { return push(&value, sizeof value); }
-bool Buffer::add(int value) { return push(&value, sizeof value); }
-bool Buffer::add(uint64_t value) { return push(&value, sizeof value); }
-bool Buffer::add(float value) { return push(&value, sizeof value); }
-bool Buffer::add(double value) { return push(&value, sizeof value); }
-
-bool Buffer::add(const Vector4D& value)
-{
-    return add(value.x) && add(value.y) && add(value.z) && add(value.w);
-}
-
-bool Buffer::add(const Matrix4D& value)
+bool Buffer::addPartly(const Matrix4D& value)
 {
     for (float element : value.m) {
         if (!add(element)) {
@@ -136,45 +99,6 @@ bool Buffer::add(const char* value)
         return false;
     }
     return add(std::string(value));
-}
-
-bool Buffer::get(bool& value)
-{
-    unsigned char byte = 0;
-    if (!pop(&byte, 1)) {
-        return false;
-    }
-    value = byte != 0;
-    return true;
-}
-
-bool Buffer::get(short& value) { return pop(&value, sizeof value); }
-bool Buffer::get(int& value) { return pop(&value, sizeof value); }
-bool Buffer::get(uint64_t& value) { return pop(&value, sizeof value); }
-bool Buffer::get(float& value) { return pop(&value, sizeof value); }
-bool Buffer::get(double& value) { return pop(&value, sizeof value); }
-
-bool Buffer::get(Vector4D& value)
-{
-    if (used < 16) {
-        return false;
-    }
-    pop(&value.w, 4);
-    pop(&value.z, 4);
-    pop(&value.y, 4);
-    pop(&value.x, 4);
-    return true;
-}
-
-bool Buffer::get(Matrix4D& value)
-{
-    if (used < 64) {
-        return false;
-    }
-    for (int i = 15; i >= 0; --i) {
-        pop(&value.m[i], 4);
-    }
-    return true;
 }
 
 bool Buffer::get(std::string& value)

@@ -19,6 +19,7 @@
 #include "core/Vector4D.h"
 
 #include <cstdint>
+#include <cstring>
 #include <string>
 
 namespace korvel {
@@ -37,28 +38,54 @@ public:
     // Each add writes nothing and answers false when the value does not fit.
     // Vectors and matrices go value by value: a failure part-way leaves the
     // values already written.
-    bool add(bool value);
-    bool add(short value);
-    bool add(int value);
-    bool add(uint64_t value);
-    bool add(float value);
-    bool add(double value);
-    bool add(const Vector4D& value);
-    bool add(const Matrix4D& value);
+    bool add(bool value)
+    {
+        const unsigned char byte = value ? 1 : 0;
+        return push(&byte, 1);
+    }
+    bool add(short value) { return push(&value, sizeof value); }
+    bool add(int value) { return push(&value, sizeof value); }
+    bool add(uint64_t value) { return push(&value, sizeof value); }
+    bool add(float value) { return push(&value, sizeof value); }
+    bool add(double value) { return push(&value, sizeof value); }
+    bool add(const Vector4D& value)
+    {
+        // x, y, z, w are contiguous: one block when all four fit.
+        if (push(&value.x, 16)) {
+            return true;
+        }
+        return add(value.x) && add(value.y) && add(value.z) && add(value.w);
+    }
+    bool add(const Matrix4D& value)
+    {
+        if (push(value.m, 64)) {
+            return true;
+        }
+        return addPartly(value);
+    }
     bool add(const std::string& value);
     bool add(const char* value);  // null writes nothing and fails
 
     // Each get answers false and changes nothing when fewer bytes are held
     // than the value needs. A string also fails when its length does not fit
     // in what lies below it or its terminating zero is missing.
-    bool get(bool& value);
-    bool get(short& value);
-    bool get(int& value);
-    bool get(uint64_t& value);
-    bool get(float& value);
-    bool get(double& value);
-    bool get(Vector4D& value);
-    bool get(Matrix4D& value);
+    bool get(bool& value)
+    {
+        unsigned char byte = 0;
+        if (!pop(&byte, 1)) {
+            return false;
+        }
+        value = byte != 0;
+        return true;
+    }
+    bool get(short& value) { return pop(&value, sizeof value); }
+    bool get(int& value) { return pop(&value, sizeof value); }
+    bool get(uint64_t& value) { return pop(&value, sizeof value); }
+    bool get(float& value) { return pop(&value, sizeof value); }
+    bool get(double& value) { return pop(&value, sizeof value); }
+    // w, z, y, x popped in turn are the four floats of one block, in order.
+    bool get(Vector4D& value) { return pop(&value.x, 16); }
+    bool get(Matrix4D& value) { return pop(value.m, 64); }
     bool get(std::string& value);
 
     // Replaces the array by one of the new size; the bytes that fit are kept.
@@ -84,8 +111,25 @@ protected:
     uint64_t used;
 
 private:
-    bool push(const void* bytes, uint64_t size);
-    bool pop(void* bytes, uint64_t size);
+    bool push(const void* bytes, uint64_t size)
+    {
+        if (size > capacity - used) {  // used <= capacity always, so no wrap
+            return false;
+        }
+        std::memcpy(data + used, bytes, size);
+        used += size;
+        return true;
+    }
+    bool pop(void* bytes, uint64_t size)
+    {
+        if (used < size) {
+            return false;
+        }
+        used -= size;
+        std::memcpy(bytes, data + used, size);
+        return true;
+    }
+    bool addPartly(const Matrix4D& value);
     bool allocate(uint64_t size);
 };
 

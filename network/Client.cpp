@@ -150,7 +150,7 @@ void Client::threadRead(Client* client)
 
 void Client::readLoop()
 {
-    networkLog("[Information] size buffer: " + std::to_string(bufferSize));
+    networkLog("[Information] size buffer: " + std::to_string(receiveBuffer ? receiveBuffer->getCapacity() : 0));
     if (!receiveBuffer) {
         // Made by initReadPoolLastServer(): engine objects are made on the main thread.
         networkLog("[ERROR] client reading thread started without its receive buffer");

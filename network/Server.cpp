@@ -274,7 +274,7 @@ void Server::threadRead(Server* server)
 
 void Server::readLoop()
 {
-    networkLog("[Information] size buffer: " + std::to_string(bufferSize));
+    networkLog("[Information] size buffer: " + std::to_string(receiveBuffer ? receiveBuffer->getCapacity() : 0));
     if (!receiveBuffer || !sender) {
         // Made by initReadPoolClients(): engine objects are made on the main thread.
         networkLog("[ERROR] server reading thread started without its receive buffer");

@@ -42,9 +42,10 @@ TEST(BufferTest, ValuesComeBackInReverseOrderWithTheWireLayout)
     EXPECT_EQ(raw[3], 0x04);
     EXPECT_EQ(raw[6], 0x01);
     EXPECT_EQ(raw[7], 0x88);
-    float vx = 0;
-    std::memcpy(&vx, raw.data() + 27, 4);
-    EXPECT_EQ(vx, 1.0f);
+    float xyzw[4] = {0, 0, 0, 0};
+    std::memcpy(xyzw, raw.data() + 27, 16);
+    EXPECT_EQ(xyzw[0], 1.0f);
+    EXPECT_EQ(xyzw[3], 4.0f);
     // The string: characters, zero, then its length without the zero.
     const std::vector<unsigned char> tail(raw.end() - 11, raw.end());
     EXPECT_EQ(tail, (std::vector<unsigned char>{'a', 'b', 0, 2, 0, 0, 0, 0, 0, 0, 0}));
