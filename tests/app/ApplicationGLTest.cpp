@@ -211,7 +211,8 @@ TEST(ApplicationGLTest, NormalRunLogsItsStartUpInOrderAndEscapeEndsItCleanly)
     Sandbox box;
     writeFile(box.data / "config.def",
               "<View>\n<Width>640</Width>\n<Height>480</Height>\n<Start>1</Start>\n<End>200</End>\n</View>\n"
-              "<Picking><Verbose>1</Verbose></Picking>\n<Models><Verbose>1</Verbose></Models>\n");
+              "<Picking><Verbose>1</Verbose></Picking>\n<Models><Verbose>1</Verbose></Models>\n"
+              "<Shaders><SourceVerbose>1</SourceVerbose></Shaders>\n<Memory><Verbose>1</Verbose></Memory>\n");
     const std::time_t before = std::time(nullptr);
     const GameRun run = box.run({"z", "Right", "F5"});
     const std::time_t after = std::time(nullptr);
@@ -255,6 +256,8 @@ TEST(ApplicationGLTest, NormalRunLogsItsStartUpInOrderAndEscapeEndsItCleanly)
                                        "[Success] OpenGL functions initiated",
                                        "[Information] Picking is now verbose",
                                        "[Success] events set",
+                                       "[Information] shader source is now verbose",
+                                       "[Information] creating program for Wood",
                                        "[Success] shader program established",
                                        "[Success] openGL variables set",
                                        "[Information] Start base for view changed:1",
@@ -266,10 +269,13 @@ TEST(ApplicationGLTest, NormalRunLogsItsStartUpInOrderAndEscapeEndsItCleanly)
                                        "[Information] found models list: 0 item(s)",
                                        "[Success] model retrieved",
                                        "[Success] world initialized",
+                                       "[Information] shader source is now verbose",
                                        "[information] launch of delete world",
                                        "[information] end of delete world",
                                        "[information] start of model manager clean up",
                                        "[information] end of model manager clean up",
+                                       "Count of initialized Objects: ",
+                                       "Object ID: ",
                                        "[information] End logging events"}));
     EXPECT_EQ(lastLine(run.log), "[information] End logging events");
     EXPECT_EQ(errorLines(run.log), std::vector<std::string>{});
