@@ -5,9 +5,10 @@
 //
 // remove() takes the key out at once. A removed key whose node has no child
 // frees the node; one that still routes to children stays as an empty
-// routing node, so the rest of the tree keeps its shape and removal costs one
-// walk. When empty routing nodes outnumber the keys, the tree is rebuilt from
-// its keys in pre-order (parents before children, so the shape stays close).
+// routing node until an equal key is added again or the tree is cleared.
+// The rest of the tree keeps its shape, so removal costs one walk and no key
+// ever moves: re-inserting a subtree could merge keys that relative equality
+// calls equal but that were stored apart, and lose one of them.
 
 #include "geometry/OctreeNode.h"
 
@@ -54,37 +55,23 @@ public:
     }
 
     // True when the key was there.
-    bool remove(const Vector4D& point)
+    bool remove(const Vector4D& point) { return removeEntry(point, nullptr); }
+
+    // Removes the key only when it holds this value: a shape that keeps
+    // nodes equal in value takes out its own entry and nobody else's.
+    bool removeValue(const Vector4D& point, const T& value) { return removeEntry(point, &value); }
+
+    // Adds a new entry even when an equal key is stored (below it, so that
+    // get finds the older one first); for rebuilding from a set of entries
+    // that must all stay.
+    void addDistinct(const Vector4D& point, const T& value)
     {
         if (root == nullptr) {
-            return false;
-        }
-        OctreeNode<T>* parent = nullptr;
-        int slot = 0;
-        OctreeNode<T>* n = root->locate(point, &parent, &slot);
-        if (n == nullptr || !n->present) {
-            return false;
-        }
-        --count;
-        bool leaf = true;
-        for (const OctreeNode<T>* c : n->children) {
-            leaf = leaf && c == nullptr;
-        }
-        if (leaf) {
-            delete n;
-            if (parent == nullptr) {
-                root = nullptr;
-            } else {
-                parent->children[slot] = nullptr;
-            }
+            root = new OctreeNode<T>(point, value);
         } else {
-            n->present = false;
-            ++empties;
+            root->addBelow(point, value);
         }
-        if (empties > 64 && empties > count) {
-            rebuild();
-        }
-        return true;
+        ++count;
     }
 
     void getList(std::list<T>& out) const
@@ -115,6 +102,8 @@ public:
     }
 
     std::size_t size() const { return count; }
+    // Nodes kept only to route to their children.
+    std::size_t getEmptyNodeCount() const { return empties; }
     bool isEmpty() const { return count == 0; }
     const OctreeNode<T>* getRoot() const { return root; }
 
@@ -140,30 +129,34 @@ public:
     }
 
 private:
-    void rebuild()
+    bool removeEntry(const Vector4D& point, const T* expected)
     {
-        std::vector<std::pair<Vector4D, T>> entries;
-        entries.reserve(count);
-        std::vector<const OctreeNode<T>*> stack;
-        if (root != nullptr) {
-            stack.push_back(root);
+        if (root == nullptr) {
+            return false;
         }
-        while (!stack.empty()) {
-            const OctreeNode<T>* n = stack.back();
-            stack.pop_back();
-            if (n->present) {
-                entries.emplace_back(n->point, n->value);
+        OctreeNode<T>* parent = nullptr;
+        int slot = 0;
+        OctreeNode<T>* n = root->locate(point, expected, &parent, &slot);
+        if (n == nullptr) {
+            return false;
+        }
+        --count;
+        bool leaf = true;
+        for (const OctreeNode<T>* c : n->children) {
+            leaf = leaf && c == nullptr;
+        }
+        if (leaf) {
+            delete n;
+            if (parent == nullptr) {
+                root = nullptr;
+            } else {
+                parent->children[slot] = nullptr;
             }
-            for (int i = 7; i >= 0; --i) {
-                if (n->children[i] != nullptr) {
-                    stack.push_back(n->children[i]);
-                }
-            }
+        } else {
+            n->present = false;
+            ++empties;
         }
-        clear();
-        for (const auto& [key, value] : entries) {
-            add(key, value);
-        }
+        return true;
     }
 
     OctreeNode<T>* root = nullptr;

@@ -39,6 +39,15 @@ public:
         }
     }
 
+    // True only when Vector4D equality would say false: some coordinate
+    // differs by more than a thousandth of the larger magnitude (equality
+    // allows a ten-thousandth). NaN and infinite values never pass, so they
+    // go to the full test. Keeps the walk from calling it at every level.
+    static bool surelyDifferent(const Vector4D& a, const Vector4D& b)
+    {
+        return apart(a.x, b.x) || apart(a.y, b.y) || apart(a.z, b.z);
+    }
+
     int childIndex(const Vector4D& p) const
     {
         return (p.x > point.x ? 1 : 0) + (p.y > point.y ? 2 : 0) + (p.z > point.z ? 4 : 0);
@@ -50,14 +59,14 @@ public:
     // replaced, or an empty routing node holding that key filled again.
     virtual AddResult add(const Vector4D& key, const T& data)
     {
-        if (OctreeNode* same = locate(key, nullptr, nullptr)) {
-            const bool revived = !same->present;
-            same->value = data;
-            same->present = true;
-            return revived ? Revived : Replaced;
-        }
         OctreeNode* n = this;
         for (;;) {
+            if (!surelyDifferent(key, n->point) && key == n->point) {
+                const bool revived = !n->present;
+                n->value = data;
+                n->present = true;
+                return revived ? Revived : Replaced;
+            }
             OctreeNode*& child = n->children[n->childIndex(key)];
             if (child == nullptr) {
                 child = new OctreeNode(key, data);
@@ -77,59 +86,50 @@ public:
         return true;
     }
 
-    // The node holding an equal key, or null.
+    // The first node on the walk holding a key equal to key, or null.
     const OctreeNode* find(const Vector4D& key) const
     {
-        const OctreeNode* n = const_cast<OctreeNode*>(this)->locate(key, nullptr, nullptr);
-        return n != nullptr && n->present ? n : nullptr;
+        return const_cast<OctreeNode*>(this)->locate(key, nullptr, nullptr, nullptr);
     }
 
-    // The node whose key equals key, removed or not, and where it hangs.
-    // Equality is relative, so an equal key can sit just across a split
-    // plane from where the strict comparisons lead; when key lies within
-    // the tolerance of a plane, the other side is searched too (after the
-    // strict path). Keys stay unique by value this way.
-    OctreeNode* locate(const Vector4D& key, OctreeNode** parentOut, int* slotOut)
+    // The first node on the walk whose key equals key, is present and (when
+    // expected is given) holds that value, with the parent slot it hangs
+    // from. The walk goes on past an equal key that does not qualify: a key
+    // equal to another is only ever stored below it (see addBelow).
+    OctreeNode* locate(const Vector4D& key, const T* expected, OctreeNode** parentOut, int* slotOut)
     {
-        struct Step {
-            OctreeNode* node;
-            OctreeNode* parent;
-            int slot;
-        };
-        std::vector<Step> stack{{this, nullptr, 0}};
-        const float mx = margin(key.x);
-        const float my = margin(key.y);
-        const float mz = margin(key.z);
-        while (!stack.empty()) {
-            const Step step = stack.back();
-            stack.pop_back();
-            OctreeNode* n = step.node;
-            if (key == n->point) {
+        OctreeNode* parent = nullptr;
+        int slot = 0;
+        OctreeNode* n = this;
+        while (n != nullptr) {
+            if (n->present && (expected == nullptr || n->value == *expected) && !surelyDifferent(key, n->point)
+                && key == n->point) {
                 if (parentOut != nullptr) {
-                    *parentOut = step.parent;
-                    *slotOut = step.slot;
+                    *parentOut = parent;
+                    *slotOut = slot;
                 }
                 return n;
             }
-            const int strict = n->childIndex(key);
-            // Bits that an equal key could have the other way round.
-            const int loose = (near(key.x, n->point.x, mx) ? 1 : 0) | (near(key.y, n->point.y, my) ? 2 : 0)
-                            | (near(key.z, n->point.z, mz) ? 4 : 0);
-            if (loose != 0) {
-                for (int flip = 1; flip < 8; ++flip) {
-                    if ((flip & loose) == flip) {
-                        const int other = strict ^ flip;
-                        if (n->children[other] != nullptr) {
-                            stack.push_back({n->children[other], n, other});
-                        }
-                    }
-                }
-            }
-            if (n->children[strict] != nullptr) {
-                stack.push_back({n->children[strict], n, strict});
-            }
+            parent = n;
+            slot = n->childIndex(key);
+            n = n->children[slot];
         }
         return nullptr;
+    }
+
+    // Hangs a new node on the walk without looking for an equal key, so
+    // that keys that relative equality calls equal can be kept apart.
+    void addBelow(const Vector4D& key, const T& data)
+    {
+        OctreeNode* n = this;
+        for (;;) {
+            OctreeNode*& child = n->children[n->childIndex(key)];
+            if (child == nullptr) {
+                child = new OctreeNode(key, data);
+                return;
+            }
+            n = child;
+        }
     }
 
     // Pre-order: this value, then children 0 to 7.
@@ -173,13 +173,12 @@ public:
     OctreeNode* children[8] = {nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
 
 private:
-    // Vector4D equality allows |a / b - 1| <= 0.0001; twice that bounds how
-    // far an equal coordinate can lie.
-    static float margin(float c) { return 2e-4f * (c < 0.0f ? -c : c); }
-    static bool near(float c, float plane, float m)
+    static bool apart(float a, float b)
     {
-        const float d = c - plane;
-        return (d < 0.0f ? -d : d) <= m;
+        const float d = a - b;
+        const float ma = a < 0.0f ? -a : a;
+        const float mb = b < 0.0f ? -b : b;
+        return (d < 0.0f ? -d : d) > 1e-3f * (ma > mb ? ma : mb);
     }
 
     static bool inside(const Vector4D& p, const Vector4D& lo, const Vector4D& hi)

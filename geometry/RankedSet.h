@@ -65,7 +65,11 @@ public:
     }
 
     // The key of rank r (0-based) among those still present; r < size().
-    const K& at(std::size_t r) const
+    const K& at(std::size_t r) const { return keys[slotAt(r)]; }
+
+    // The slot (position in the sorted keys given to assign) of rank r, for
+    // owners that keep data beside the keys.
+    std::size_t slotAt(std::size_t r) const
     {
         std::size_t pos = 0;
         std::size_t remaining = r + 1;
@@ -76,7 +80,7 @@ public:
                 remaining -= tree[next];
             }
         }
-        return keys[pos];
+        return pos;
     }
 
     std::size_t size() const { return count; }

@@ -182,6 +182,7 @@ void Shape::copyTriangles(const std::list<Triangle*>& list)
 {
     // A copy of the list first: list may be our own.
     const std::vector<Triangle*> sources(list.begin(), list.end());
+    positions.reserve(positions.size() + sources.size());
     for (const Triangle* t : sources) {
         addTriangle(ownedCopyOf(*t));
     }

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <random>
 
 namespace korvel {
 
@@ -123,6 +124,7 @@ void ShapeIndexed::addTriangle(Triangle* t)
             forgetRemoved(shared);
             node = new ShapeNode(shared);
             index.emplace(shared, node);
+            pointNodes.emplace(shared, node);
             octree.add(*shared, node);
             ranksValid = false;
             indexesComputed = false;
@@ -134,7 +136,7 @@ void ShapeIndexed::addTriangle(Triangle* t)
         // Corners distinct by value that still matched one shared point.
         std::cout << "[Warning] degenerate triangle refused by ShapeIndexed" << std::endl;
         for (ShapeNode* node : nodes) {
-            if (node->isEmpty() && nodeRemoval && index.count(node->point) != 0) {
+            if (node->isEmpty() && nodeRemoval && pointNodes.count(node->point) != 0) {
                 removeNode(node);
             }
         }
@@ -154,11 +156,10 @@ void ShapeIndexed::unlinkTriangle(Triangle* t)
         if ((i > 0 && p == t->points[0]) || (i > 1 && p == t->points[1])) {
             continue;
         }
-        const auto found = index.find(p);
-        if (found == index.end()) {
+        ShapeNode* node = nodeOf(p);
+        if (node == nullptr) {
             continue;
         }
-        ShapeNode* node = found->second;
         node->removeTriangle(t);
         if (node->isEmpty() && nodeRemoval) {
             removeNode(node);
@@ -177,32 +178,32 @@ bool ShapeIndexed::removeTriangle(Triangle* t)
 
 bool ShapeIndexed::removeNode(ShapeNode* node)
 {
-    const auto found = node != nullptr ? index.find(node->point) : index.end();
-    if (found == index.end() || found->second != node) {
+    if (node == nullptr || nodeOf(node->point) != node) {
         std::cout << "[Error] node point being removed not consistent for ShapeIndexed !" << std::endl;
         return false;
     }
     Vector4D* point = node->point;
-    index.erase(found);
+    index.erase(point);
+    pointNodes.erase(point);
     if (ranksValid) {
         ranks.erase(point);
     }
-    ShapeNode* indexed = nullptr;
-    if (octree.get(*point, indexed) && indexed == node) {
-        octree.remove(*point);
+    if (!octreeDeferred) {
+        octree.removeValue(*point, node);
     }
     removedPoints.push_back(point);
     removedLookup[point] = std::prev(removedPoints.end());
     indexesComputed = false;
 
-    std::vector<Triangle*> around(node->triangles.begin(), node->triangles.end());
-    node->triangles.clear();
-    std::vector<Triangle*> done;
-    for (Triangle* t : around) {
-        if (std::find(done.begin(), done.end(), t) != done.end()) {
+    // Taken out of the node first: removing a triangle below can remove
+    // further (emptied) nodes, never this one.
+    std::list<Triangle*> around;
+    around.swap(node->triangles);
+    for (auto it = around.begin(); it != around.end(); ++it) {
+        Triangle* t = *it;
+        if (std::find(around.begin(), it, t) != it) {
             continue;
         }
-        done.push_back(t);
         // Degenerate after a collapse, or still on the point about to be
         // freed (a node removed while in use): either way it must go.
         const bool usesPoint = t->points[0] == point || t->points[1] == point || t->points[2] == point;
@@ -217,8 +218,8 @@ bool ShapeIndexed::removeNode(ShapeNode* node)
 
 bool ShapeIndexed::removePointRaw(Vector4D* p)
 {
-    const auto found = index.find(p);
-    if (found == index.end()) {
+    ShapeNode* node = nodeOf(p);
+    if (node == nullptr) {
         if (isRemoved(p)) {
             std::cout << "[information]the point has already been removed !" << std::endl;
         } else {
@@ -226,22 +227,47 @@ bool ShapeIndexed::removePointRaw(Vector4D* p)
         }
         return false;
     }
-    ShapeNode* node = found->second;
     float distance = 0.0f;
-    Vector4D* q = node->getMinDistancePointExcluded(p, distance);
+    Vector4D* q = measure(node, distance);
     if (q == nullptr) {
         std::cout << "[Error] no nearest border point !" << std::endl;
         return false;
     }
-    const auto target = index.find(q);
-    if (target == index.end()) {
+    ShapeNode* target = nodeOf(q);
+    if (target == nullptr) {
         std::cout << "[Error] nearest border point not referenced in ShapeIndexed !" << std::endl;
         return false;
     }
-    node->replaceCenter(q, target->second);
+    // Every corner around p gets a new edge (to q instead of p). While
+    // reducing, their measures are redone right after the collapse, while
+    // their triangles are still in cache.
+    Vector4D* ring[64];
+    std::size_t ringSize = 0;
+    if (measuring) {
+        for (const Triangle* t : node->triangles) {
+            for (Vector4D* v : t->points) {
+                ShapeNode* around = v != p ? nodeOf(v) : nullptr;
+                if (around == nullptr) {
+                    continue;
+                }
+                around->measureStamp = 0;
+                if (ringSize < 64 && std::find(ring, ring + ringSize, v) == ring + ringSize) {
+                    ring[ringSize++] = v;
+                }
+            }
+        }
+    }
+    node->replaceCenter(q, target);
     indexesComputed = false;
     if (nodeRemoval) {
         removeNode(node);
+        // Looked up again: a corner left without triangles went with p.
+        for (std::size_t i = 0; i < ringSize; ++i) {
+            if (ShapeNode* around = nodeOf(ring[i])) {
+                float ignored = 0.0f;
+                measure(around, ignored);
+            }
+        }
         return true;
     }
     // The point stays, without triangles; the collapsed ones leave.
@@ -290,6 +316,25 @@ bool ShapeIndexed::reduceDetail(float ratio)
         std::cout << "[Warning] detail reduction needs node removal in ShapeIndexed" << std::endl;
         return false;
     }
+    newMeasureStamp();
+    measuring = true;
+    octreeDeferred = true;
+    removedLookup.reserve(removedLookup.size() + (count - target));
+    // Measured once in index order (close to memory order) rather than at
+    // random when first sampled.
+    for (auto& entry : index) {
+        float ignored = 0.0f;
+        measure(entry.second, ignored);
+    }
+    const bool reached = reduceTo(target);
+    measuring = false;
+    octreeDeferred = false;
+    rebuildOctree();
+    return reached;
+}
+
+bool ShapeIndexed::reduceTo(std::size_t target)
+{
     // A consistent shape never fails a collapse; this only stops a
     // damaged one from looping for ever.
     std::size_t failures = 0;
@@ -339,8 +384,11 @@ Vector4D* ShapeIndexed::choose(bool plainWalk, std::vector<Vector4D*>* visited)
     if (!plainWalk && !ranksValid) {
         std::vector<Vector4D*> keys;
         keys.reserve(n);
+        rankNodes.clear();
+        rankNodes.reserve(n);
         for (const auto& entry : index) {
             keys.push_back(entry.first);
+            rankNodes.push_back(entry.second);
         }
         ranks.assign(std::move(keys));
         ranksValid = true;
@@ -364,20 +412,46 @@ Vector4D* ShapeIndexed::choose(bool plainWalk, std::vector<Vector4D*>* visited)
             node = it->second;
         } else {
             moveRankAtDistance(rank, step);
+            const std::size_t slot = ranks.slotAt(rank);
             p = ranks.at(rank);
-            node = index.find(p)->second;
+            node = rankNodes[slot];
         }
         if (visited != nullptr) {
             visited->push_back(p);
         }
         float distance = 0.0f;
-        node->getMinDistancePointExcluded(p, distance);
+        measure(node, distance);
         if (best == nullptr || distance < bestDistance) {
             best = p;
             bestDistance = distance;
         }
     }
     return best;
+}
+
+Vector4D* ShapeIndexed::measure(ShapeNode* node, float& distance)
+{
+    if (!measuring) {
+        return node->getMinDistancePointExcluded(node->point, distance);
+    }
+    if (node->measureStamp != measureStamp) {
+        node->measuredNearest = node->getMinDistancePointExcluded(node->point, node->measuredDistance);
+        node->measureStamp = measureStamp;
+    }
+    distance = node->measuredDistance;
+    return node->measuredNearest;
+}
+
+void ShapeIndexed::newMeasureStamp()
+{
+    ++measureStamp;
+    if (measureStamp == 0) {
+        // Wrapped: 0 is the stale mark, and old stamps could match again.
+        for (auto& entry : index) {
+            entry.second->measureStamp = 0;
+        }
+        measureStamp = 1;
+    }
 }
 
 void ShapeIndexed::moveIteratorAtDistance(PointsIndex::iterator& it, int step)
@@ -411,16 +485,36 @@ void ShapeIndexed::moveRankAtDistance(std::size_t& rank, int step)
     rank = (rank + static_cast<std::size_t>(step) % n) % n;
 }
 
+ShapeNode* ShapeIndexed::nodeOf(const Vector4D* p) const
+{
+    const auto found = pointNodes.find(p);
+    return found != pointNodes.end() ? found->second : nullptr;
+}
+
+void ShapeIndexed::rebuildOctree()
+{
+    std::vector<ShapeNode*> order;
+    order.reserve(index.size());
+    for (const auto& entry : index) {
+        order.push_back(entry.second);
+    }
+    // A fixed generator, apart from std::rand so that the reduction's
+    // draws stay the caller's.
+    std::minstd_rand scramble(12345u);
+    std::shuffle(order.begin(), order.end(), scramble);
+    octree.clear();
+    for (ShapeNode* node : order) {
+        octree.addDistinct(*node->point, node);
+    }
+}
+
 void ShapeIndexed::transform(const Matrix4D& m)
 {
     for (auto& [point, node] : index) {
         *point *= m;
     }
     // The octree keys are the old coordinates.
-    octree.clear();
-    for (auto& [point, node] : index) {
-        octree.add(*point, node);
-    }
+    rebuildOctree();
     indexesComputed = false;
 }
 
@@ -431,8 +525,10 @@ void ShapeIndexed::releaseIndex()
         delete node;
     }
     index.clear();
+    pointNodes.clear();
     octree.clear();
     ranks.clear();
+    rankNodes.clear();
     ranksValid = false;
     removedPoints.clear();
     removedLookup.clear();

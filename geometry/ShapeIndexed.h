@@ -90,6 +90,11 @@ public:
 
 private:
     Vector4D* choose(bool plainWalk, std::vector<Vector4D*>* visited);
+    // The node's shortest edge, remembered for the current stamp.
+    Vector4D* measure(ShapeNode* node, float& distance);
+    bool reduceTo(std::size_t target);
+    // Forgets every remembered measure.
+    void newMeasureStamp();
     void moveRankAtDistance(std::size_t& rank, int step);
     // Unlinks t from the nodes of its points and drops emptied nodes.
     void unlinkTriangle(Triangle* t);
@@ -98,8 +103,19 @@ private:
     void forgetRemoved(const Vector4D* p);
     void releaseIndex();
 
+    // The node of a shared point, by pointer.
+    ShapeNode* nodeOf(const Vector4D* p) const;
+    // Refills the octree from the index in a scrambled but fixed order, so
+    // that its depth stays near log n whatever order the points came in.
+    void rebuildOctree();
+
     PointsIndex index;
+    // The same entries as index, hashed: lookups by pointer in O(1).
+    std::unordered_map<const Vector4D*, ShapeNode*> pointNodes;
     Octree<ShapeNode*> octree;
+    // While reducing, removed points leave the octree all at once at the
+    // end (a rebuild), instead of one walk each.
+    bool octreeDeferred = false;
     std::list<Vector4D*> removedPoints;
     // Where each removed point sits in removedPoints, for O(1) tests.
     std::unordered_map<const Vector4D*, std::list<Vector4D*>::iterator> removedLookup;
@@ -107,7 +123,13 @@ private:
     bool nodeRemoval = true;
     // Ranks of the index keys; rebuilt lazily after points were added.
     RankedSet<Vector4D*> ranks;
+    // The node of each rank slot, beside the keys.
+    std::vector<ShapeNode*> rankNodes;
     bool ranksValid = false;
+    // Measures are remembered only within one reduction, where every change
+    // to the triangles goes through this shape and marks what it touches.
+    uint32_t measureStamp = 1;
+    bool measuring = false;
 };
 
 }  // namespace korvel

@@ -2,6 +2,7 @@
 
 #include "geometry/Triangle.h"
 
+#include <cmath>
 #include <iostream>
 
 namespace korvel {
@@ -20,6 +21,7 @@ void ShapeNode::dump() const
 
 void ShapeNode::addTriangle(Triangle* t)
 {
+    measureStamp = 0;
     triangles.push_back(t);
 }
 
@@ -37,6 +39,7 @@ bool ShapeNode::removeTriangle(Triangle* t)
 {
     for (auto it = triangles.begin(); it != triangles.end(); ++it) {
         if (*it == t) {
+            measureStamp = 0;
             triangles.erase(it);
             return true;
         }
@@ -57,20 +60,38 @@ void ShapeNode::computeNormal()
 
 Vector4D* ShapeNode::getMinDistancePointExcluded(Vector4D* p, float& distance) const
 {
+    // Triangle::getNearestExcluded per triangle, then the shortest of those,
+    // fused: the same distances (norm3D of q - p), the same tie rules (the
+    // first found wins), without building vectors. Detail reduction spends
+    // most of its time here.
     Vector4D* best = nullptr;
     distance = -1.0f;
     if (p == nullptr) {
         return nullptr;
     }
+    const float closeEnough = 2e-4f * (std::fabs(p->x) + std::fabs(p->y) + std::fabs(p->z));
     for (const Triangle* t : triangles) {
-        Vector4D* q = t->getNearestExcluded(p);
-        if (q == nullptr) {
-            continue;
+        Vector4D* nearest = nullptr;
+        float nearestDistance = 0.0f;
+        for (Vector4D* q : t->points) {
+            if (q == p) {
+                continue;
+            }
+            const double dx = q->x - p->x;
+            const double dy = q->y - p->y;
+            const double dz = q->z - p->z;
+            const auto d = static_cast<float>(std::sqrt(dx * dx + dy * dy + dz * dz));
+            if ((!(d > closeEnough) || p->w != q->w) && *q == *p) {
+                continue;
+            }
+            if (nearest == nullptr || d < nearestDistance) {
+                nearest = q;
+                nearestDistance = d;
+            }
         }
-        const float d = (*q - *p).norm3D();
-        if (best == nullptr || d < distance) {
-            best = q;
-            distance = d;
+        if (nearest != nullptr && (best == nullptr || nearestDistance < distance)) {
+            best = nearest;
+            distance = nearestDistance;
         }
     }
     return best;

@@ -49,6 +49,14 @@ public:
     Vector4D normal;
     Vector4D* point;
     int32_t index = 0;
+
+    // The last measure of this point's shortest edge, valid while
+    // measureStamp equals the stamp of the owning shape's reduction; 0 means
+    // stale. Changing the triangle list makes it stale; the shape also
+    // marks it stale when a neighbouring triangle moves a corner.
+    uint32_t measureStamp = 0;
+    float measuredDistance = -1.0f;
+    Vector4D* measuredNearest = nullptr;
 };
 
 }  // namespace korvel

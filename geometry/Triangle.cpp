@@ -3,6 +3,7 @@
 #include "core/Matrix4D.h"
 
 #include <cctype>
+#include <cmath>
 #include <iostream>
 
 namespace korvel {
@@ -264,13 +265,20 @@ Vector4D Triangle::getIsoBaryCenter() const
 
 Vector4D* Triangle::getNearestExcluded(const Vector4D* p) const
 {
+    // Equal points lie within 0.0001 of each other relative to their
+    // coordinates, so the (costly) equality test is needed only for points
+    // that close; the same point object is equal to itself.
+    const float closeEnough = 2e-4f * (std::fabs(p->x) + std::fabs(p->y) + std::fabs(p->z));
     Vector4D* best = nullptr;
     float bestDistance = 0.0f;
     for (Vector4D* q : points) {
-        if (*q == *p) {
+        if (q == p) {
             continue;
         }
         const float d = (*q - *p).norm3D();
+        if ((!(d > closeEnough) || p->w != q->w) && *q == *p) {
+            continue;
+        }
         if (best == nullptr || d < bestDistance) {
             best = q;
             bestDistance = d;

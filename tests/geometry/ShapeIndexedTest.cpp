@@ -34,7 +34,7 @@ Vector4D pt(float x, float y, float z)
 // Empty when the indexed shape is consistent, else the first rule broken:
 // triangles link only indexed, live, distinct shared points and are proper;
 // each node lists exactly the triangles using its point, once each; the
-// octree finds every node by value and holds nothing else.
+// octree finds every point by value and holds only live nodes.
 std::string inconsistency(const ShapeIndexed& s)
 {
     const auto& index = s.getPointsIndex();
@@ -72,13 +72,27 @@ std::string inconsistency(const ShapeIndexed& s)
         if (around != users[p]) {
             return "node triangles differ from the triangles using its point";
         }
+        // Two shared points may be equal in value (equality is relative and
+        // not transitive); the octree then answers with either of them.
         ShapeNode* found = nullptr;
-        if (!s.getOctree().get(*p, found) || found != node) {
-            return "octree does not find the node by value";
+        if (!s.getOctree().get(*p, found) || index.count(found->point) == 0 || index.at(found->point) != found
+            || !(*found->point == *p)) {
+            return "octree does not find the point by value";
         }
     }
-    if (s.getOctree().size() != index.size()) {
-        return "octree and index sizes differ";
+    std::list<ShapeNode*> values;
+    s.getOctree().getList(values);
+    std::set<const ShapeNode*> live;
+    for (const auto& entry : index) {
+        live.insert(entry.second);
+    }
+    for (const ShapeNode* n : values) {
+        if (live.count(n) == 0) {
+            return "octree holds a removed node";
+        }
+    }
+    if (values.size() != s.getOctree().size() || values.size() > index.size()) {
+        return "octree holds more than the index";
     }
     return "";
 }
