@@ -3,6 +3,7 @@
 #include "network/NetworkLog.h"
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 #include <sstream>
 #include <system_error>
@@ -253,6 +254,15 @@ bool Server::receiveMessage(Buffer& buffer, int& clientIndex)
     clientIndex = -1;
     if (!socket.receiveFrom(*sender, buffer)) {
         return false;
+    }
+    // With one slot, a stray datagram that took it would lock the real client
+    // out: only a message framed as a request (type 0 or 1 on top) claims one.
+    short type = -1;
+    if (buffer.getUsed() >= framingSize) {
+        std::memcpy(&type, buffer.getData() + buffer.getUsed() - sizeof type, sizeof type);
+    }
+    if (type != typeACK && type != typeNACK) {
+        return true;
     }
     if (!checkAddClient(*sender, clientIndex)) {
         clientIndex = -1;

@@ -58,8 +58,9 @@ public:
     // The oldest request, now owned by the caller, or null.
     Buffer* feedRequest();
 
-    // One datagram into `buffer`; `clientIndex` is the sender's slot or -1
-    // when every slot is taken by someone else.
+    // One datagram into `buffer`; `clientIndex` is the sender's slot, or -1
+    // when every slot is taken by someone else or the datagram is not framed
+    // as a request.
     bool receiveMessage(Buffer& buffer, int& clientIndex);
 
     static void threadRead(Server* server);

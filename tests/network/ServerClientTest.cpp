@@ -172,6 +172,8 @@ TEST(ServerClientTest, ServerSurvivesHostileDatagramsAndStillServes)
     auto server = startServer(1, 64);
     const int port = server->getSocket().getLocalPort();
     RawUdp peer;
+    RawUdp scanner;  // garbage first from elsewhere must not take the only slot
+    scanner.sendTo(port, {'G', 'E', 'T', ' ', '/', ' ', 'H', 'T', 'T', 'P'});
     std::vector<unsigned char> hugeString(8, 0xFF);  // a string length of 2^64 - 1
     peer.sendTo(port, {});
     peer.sendTo(port, {0x01});
@@ -204,6 +206,8 @@ TEST(ServerClientTest, ServerSurvivesHostileDatagramsAndStillServes)
     server->endReadPoolClients();
     log.restore();
     EXPECT_EQ(log.count("too short for its type"), 2u) << log.all();
+    EXPECT_TRUE(log.has("[Warning] server dropped a message of type 20564, not a request"));  // "TP"
+    EXPECT_FALSE(log.has("[Warning] cannot add client at message reception!"));
     EXPECT_EQ(log.count("too short for its id"), 1u);
     EXPECT_TRUE(log.has("[Warning] server dropped a message of type 2, not a request"));
     EXPECT_TRUE(log.has("[Warning] server dropped a message of type -3, not a request"));
