@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -163,7 +161,7 @@ TEST(ParserTest, NestingIsBoundedSoDeepInputCannotExhaustTheStack)
     }
 }
 
-TEST(ParserTest, LargeValuesAndArbitraryBytesEndInAResultNotACrash)
+TEST(ParserTest, LargeValuesAndArbitraryBytes)
 {
     const std::string big(10 * 1024 * 1024, 'v');
     {
@@ -182,64 +180,6 @@ TEST(ParserTest, LargeValuesAndArbitraryBytesEndInAResultNotACrash)
         EXPECT_TRUE(parseCaptured(parser, "<" + name + ">\x01\x02</" + name + ">").result);
         EXPECT_EQ(parser.getModule()->getAttributes()[0]->getName(), name);
     }
-
-    // Random documents, some mangled by a byte or two, reach every branch.
-    // Whatever happens there is a tree, and every top-level element of a
-    // successful parse dumps into text that parses to the same names.
-    std::mt19937 random(20261121);
-    const std::string bytes = "<>/ab \n\t\rx";
-    auto pick = [&](const std::string& from) { return from[random() % from.size()]; };
-    std::function<std::string(int)> element = [&](int depth) {
-        std::string name;
-        for (int i = static_cast<int>(random() % 3); i > 0; --i) {
-            name += pick("ab /<\t");
-        }
-        std::string inner;
-        if (depth < 3 && random() % 2 == 0) {
-            for (int i = 1 + static_cast<int>(random() % 3); i > 0; --i) {
-                inner += element(depth + 1) + (random() % 2 == 0 ? "\n" : "");
-            }
-        } else {
-            for (int i = static_cast<int>(random() % 4); i > 0; --i) {
-                inner += pick("v1 \n/>");
-            }
-        }
-        return "<" + name + ">" + inner + "</" + name + ">";
-    };
-    int successes = 0;
-    for (int round = 0; round < 20000; ++round) {
-        std::string text = element(0) + (random() % 2 == 0 ? element(0) : "");
-        for (int mangle = static_cast<int>(random() % 3); mangle > 0; --mangle) {
-            const std::size_t at = random() % (text.size() + 1);
-            switch (random() % 3) {
-            case 0: text.insert(at, 1, pick(bytes)); break;
-            case 1: if (at < text.size()) text.erase(at, 1); break;
-            default: if (at < text.size()) text[at] = pick(bytes); break;
-            }
-        }
-        Parser parser;
-        const bool result = parseCaptured(parser, text).result;
-        const auto& top = parser.getModule()->getAttributes();
-        ASSERT_FALSE(top.empty()) << text;
-        if (!result) {
-            continue;
-        }
-        ++successes;
-        for (const BaseParserElement* element : top) {
-            std::string dumped;
-            {
-                CaptureStdout out;
-                element->dump();
-                dumped = out.text();
-            }
-            Parser again;
-            ASSERT_TRUE(parseCaptured(again, dumped).result) << text;
-            ASSERT_EQ(again.getModule()->getAttributes().size(), 1u);
-            EXPECT_EQ(again.getModule()->getAttributes()[0]->getName(), element->getName());
-            EXPECT_EQ(namesOf(*again.getModule()->getAttributes()[0]), namesOf(*element)) << text;
-        }
-    }
-    EXPECT_GT(successes, 2000);
 }
 
 }  // namespace
