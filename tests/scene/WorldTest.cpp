@@ -20,23 +20,6 @@ void expectVector(const Vector4D& v, float x, float y, float z, float w)
     EXPECT_NEAR(v.w, w, 1e-5f);
 }
 
-TEST(WorldTest, ConstructionDefaults)
-{
-    korvel::World world;
-    expectVector(world.getPosition(), 0, 0, 0, 1);
-    expectVector(world.getCameraDirection(), 0, 0, -1, 0);
-    expectVector(world.getMainLight(), 0, -1, 0, 1);
-    expectVector(world.getFogColor(), 1, 1, 1, 1);
-    EXPECT_EQ(world.getFogStart(), 20.0f);
-    EXPECT_EQ(world.getFogEnd(), 100.0f);
-    EXPECT_FALSE(world.isViewChanged());
-    EXPECT_FALSE(world.isSceneChanged());
-    EXPECT_TRUE(world.isSelectionDisabled());
-    EXPECT_EQ(world.getSelection(), nullptr);
-    EXPECT_EQ(world.countElements(), 0u);
-    EXPECT_STREQ(world.getInstanceClassName(), "World");
-}
-
 TEST(WorldTest, MovingAndTurningKeepCameraPositionAndDirectionInStep)
 {
     korvel::World world;
