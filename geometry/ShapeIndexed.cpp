@@ -238,21 +238,14 @@ bool ShapeIndexed::removePointRaw(Vector4D* p)
         std::cout << "[Error] nearest border point not referenced in ShapeIndexed !" << std::endl;
         return false;
     }
-    // Every corner around p gets a new edge (to q instead of p). While
-    // reducing, their measures are redone right after the collapse, while
-    // their triangles are still in cache.
-    Vector4D* ring[64];
-    std::size_t ringSize = 0;
+    // Every corner around p gets a new edge (to q instead of p): measure
+    // again when next sampled.
     if (measuring) {
         for (const Triangle* t : node->triangles) {
             for (Vector4D* v : t->points) {
                 ShapeNode* around = v != p ? nodeOf(v) : nullptr;
-                if (around == nullptr) {
-                    continue;
-                }
-                around->measureStamp = 0;
-                if (ringSize < 64 && std::find(ring, ring + ringSize, v) == ring + ringSize) {
-                    ring[ringSize++] = v;
+                if (around != nullptr) {
+                    around->measureStamp = 0;
                 }
             }
         }
@@ -261,13 +254,6 @@ bool ShapeIndexed::removePointRaw(Vector4D* p)
     indexesComputed = false;
     if (nodeRemoval) {
         removeNode(node);
-        // Looked up again: a corner left without triangles went with p.
-        for (std::size_t i = 0; i < ringSize; ++i) {
-            if (ShapeNode* around = nodeOf(ring[i])) {
-                float ignored = 0.0f;
-                measure(around, ignored);
-            }
-        }
         return true;
     }
     // The point stays, without triangles; the collapsed ones leave.
@@ -320,6 +306,7 @@ bool ShapeIndexed::reduceDetail(float ratio)
     measuring = true;
     octreeDeferred = true;
     removedLookup.reserve(removedLookup.size() + (count - target));
+    octreeOrder.reserve(count);
     // Measured once in index order (close to memory order) rather than at
     // random when first sampled.
     for (auto& entry : index) {
@@ -493,7 +480,8 @@ ShapeNode* ShapeIndexed::nodeOf(const Vector4D* p) const
 
 void ShapeIndexed::rebuildOctree()
 {
-    std::vector<ShapeNode*> order;
+    std::vector<ShapeNode*>& order = octreeOrder;
+    order.clear();
     order.reserve(index.size());
     for (const auto& entry : index) {
         order.push_back(entry.second);
@@ -506,6 +494,7 @@ void ShapeIndexed::rebuildOctree()
     for (ShapeNode* node : order) {
         octree.addDistinct(*node->point, node);
     }
+    order.clear();
 }
 
 void ShapeIndexed::transform(const Matrix4D& m)

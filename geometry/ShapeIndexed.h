@@ -108,6 +108,10 @@ private:
     // Refills the octree from the index in a scrambled but fixed order, so
     // that its depth stays near log n whatever order the points came in.
     void rebuildOctree();
+    // Room for rebuildOctree, taken before a reduction frees its many small
+    // blocks: a large allocation right after them makes glibc merge them
+    // all at once.
+    std::vector<ShapeNode*> octreeOrder;
 
     PointsIndex index;
     // The same entries as index, hashed: lookups by pointer in O(1).
