@@ -1,0 +1,194 @@
+#include "geometry/Circle.h"
+#include "geometry/Cylinder.h"
+#include "geometry/Material.h"
+#include "geometry/Shape.h"
+#include "geometry/ShapeIndexed.h"
+#include "geometry/Sphere.h"
+#include "geometry/Triangle.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+
+using korvel::Circle;
+using korvel::Cylinder;
+using korvel::GeometryTemplate;
+using korvel::Material;
+using korvel::Shape;
+using korvel::ShapeIndexed;
+using korvel::Sphere;
+using korvel::Triangle;
+
+namespace {
+
+Vector4D pt(float x, float y, float z)
+{
+    return Vector4D(x, y, z, 1.0f);
+}
+
+// Every face looks away from the axis or centre it is built around.
+void expectOutward(const Shape& s, const Vector4D& inside, const Vector4D& axis)
+{
+    for (const Triangle* t : s.getTriangles()) {
+        Vector4D c = t->getIsoBaryCenter();
+        c.w = 1.0f;
+        Vector4D out = c - inside;
+        if (axis.norm3D() > 0) {
+            // For a cap the outward direction is along the axis, for the wall radial.
+            const Vector4D n = t->getNormal();
+            const float along = out.scal3D(axis);
+            const bool cap = std::fabs(n.scal3D(axis)) > 0.99f * n.norm3D();
+            out = cap ? axis * along : out - axis * along;
+        }
+        EXPECT_GT(t->getNormal().scal3D(out), 0.0f);
+    }
+}
+
+TEST(GeometryTemplateTest, SphereBandsPolesAndWinding)
+{
+    Sphere sphere(pt(1, 2, 3), 2.0f);
+    EXPECT_EQ(sphere.getDivision(), 5);
+    EXPECT_TRUE(sphere.isReversed());
+    sphere.setDivision(20);
+    std::unique_ptr<Shape> s(sphere.createShape());
+    // 10 bands of 20 quads; the 40 quads at the poles are single triangles.
+    EXPECT_EQ(s->getTriangleCount(), 10u * 20u * 2u - 40u);
+    for (const Triangle* t : s->getTriangles()) {
+        EXPECT_TRUE(t->isTriangle());
+        EXPECT_EQ(t->getMaterial(), nullptr);
+        for (const Vector4D* p : t->points) {
+            EXPECT_NEAR((*p - pt(1, 2, 3)).norm3D(), 2.0f, 1e-5f);
+            EXPECT_EQ(p->w, 1.0f);
+        }
+    }
+    expectOutward(*s, pt(1, 2, 3), Vector4D());
+    Vector4D lo, hi;
+    ASSERT_TRUE(s->getLimits(lo, hi));
+    EXPECT_NEAR(lo.z, 1.0f, 1e-5f);
+    EXPECT_NEAR(hi.z, 5.0f, 1e-5f);
+
+    // Indexed, a closed sphere shares its poles: 9 rings of 20 and 2 poles.
+    ShapeIndexed indexed;
+    sphere.includeShape(&indexed, nullptr);
+    EXPECT_EQ(indexed.getPointCount(), 9u * 20u + 2u);
+
+    sphere.setReversed(false);
+    std::unique_ptr<Shape> inward(sphere.createShape());
+    const Triangle* first = inward->getTriangles().front();
+    Vector4D c = first->getIsoBaryCenter();
+    c.w = 1.0f;
+    EXPECT_LT(first->getNormal().scal3D(c - pt(1, 2, 3)), 0.0f);
+
+    // An odd division stops a band short of the -z pole.
+    sphere.setDivision(5);
+    std::unique_ptr<Shape> odd(sphere.createShape());
+    EXPECT_EQ(odd->getTriangleCount(), 2u * 5u * 2u - 5u);
+    ASSERT_TRUE(odd->getLimits(lo, hi));
+    EXPECT_GT(lo.z, 1.0f + 0.1f);
+
+    sphere.setDivision(1);
+    std::unique_ptr<Shape> none(sphere.createShape());
+    EXPECT_EQ(none->getTriangleCount(), 0u);
+}
+
+TEST(GeometryTemplateTest, DiscFacesDownUnlessReversedAndCarriesTheMaterial)
+{
+    Circle disc(pt(0, 0, 4), 3.0f);
+    disc.setDivision(8);
+    disc.setReversed(false);
+    const Material m("glow");
+    Shape s;
+    disc.includeShape(&s, &m);
+    ASSERT_EQ(s.getTriangleCount(), 8u);
+    for (const Triangle* t : s.getTriangles()) {
+        EXPECT_EQ(t->getMaterial(), &m);
+        EXPECT_TRUE(*t->points[0] == pt(0, 0, 4));
+        EXPECT_LT(t->getNormal().z, 0.0f);
+        EXPECT_NEAR((*t->points[1] - pt(0, 0, 4)).norm3D(), 3.0f, 1e-5f);
+    }
+    disc.setReversed(true);
+    disc.setCenter(pt(5, 5, 5));
+    Shape up;
+    disc.includeShape(&up, nullptr);
+    EXPECT_GT(up.getTriangles().front()->getNormal().z, 0.0f);
+    EXPECT_NEAR(up.getTriangles().front()->points[1]->x, 8.0f, 1e-5f);  // the rim moved with the centre
+
+    disc.setDivision(0);
+    Shape empty;
+    disc.includeShape(&empty, nullptr);
+    EXPECT_EQ(empty.getTriangleCount(), 0u);
+    GeometryTemplate bare;
+    std::unique_ptr<Shape> nothing(bare.createShape());
+    EXPECT_EQ(nothing->getTriangleCount(), 0u);
+}
+
+TEST(GeometryTemplateTest, UprightCylinderIsClosedAndOutward)
+{
+    Cylinder c(pt(1, 1, 0), 4.0f, 0.5f);
+    EXPECT_TRUE(c.isClosed());
+    EXPECT_EQ(c.getBottomRadius(), c.getTopRadius());
+    c.setDivision(12);
+    std::unique_ptr<Shape> s(c.createShape());
+    EXPECT_EQ(s->getTriangleCount(), 12u * 4u);  // two discs, two triangles per wall quad
+    expectOutward(*s, pt(1, 1, 2), Vector4D(0, 0, 1, 0));
+    Vector4D lo, hi;
+    ASSERT_TRUE(s->getLimits(lo, hi));
+    EXPECT_NEAR(lo.z, 0.0f, 1e-6f);
+    EXPECT_NEAR(hi.z, 4.0f, 1e-6f);
+    EXPECT_NEAR(hi.x, 1.5f, 1e-6f);
+
+    Shape wall;
+    c.includeBody(&wall, nullptr);
+    EXPECT_EQ(wall.getTriangleCount(), 24u);
+    c.setDivision(0);
+    std::unique_ptr<Shape> none(c.createShape());
+    EXPECT_EQ(none->getTriangleCount(), 0u);
+}
+
+TEST(GeometryTemplateTest, TwoPointCylinderRunsFromOnePointToTheOther)
+{
+    // Along +z the local frame is the world's.
+    Cylinder straight(pt(0, 0, 0), pt(0, 0, 10), 1.0f);
+    EXPECT_NEAR(straight.getHeight(), 10.0f, 1e-6f);
+    for (int i = 0; i < 16; ++i) {
+        EXPECT_NEAR(straight.getPlacement().getColumn(i / 4).getValue(i % 4), (i % 5 == 0) ? 1.0f : 0.0f, 1e-6f);
+    }
+
+    const Vector4D from = pt(1, -2, 3), to = pt(4, 2, 3);  // length 5, slanted
+    Cylinder slanted(from, to, 1.0f, 0.5f, false);
+    slanted.setDivision(16);
+    EXPECT_FALSE(slanted.isClosed());
+    EXPECT_NEAR(slanted.getHeight(), 5.0f, 1e-5f);
+    std::unique_ptr<Shape> s(slanted.createShape());
+    EXPECT_EQ(s->getTriangleCount(), 16u + 32u);  // bottom disc and wall only
+    Vector4D axis = to - from;
+    axis.w = 0.0f;
+    axis.normalize3D();
+    for (const Triangle* t : s->getTriangles()) {
+        for (const Vector4D* p : t->points) {
+            Vector4D rel = *p - from;
+            rel.w = 0.0f;
+            const float along = rel.scal3D(axis);
+            const float radial = (rel - axis * along).norm3D();
+            EXPECT_GE(along, -1e-4f);
+            EXPECT_LE(along, 5.0f + 1e-4f);
+            // The radius narrows linearly from 1 to 0.5; disc centres are on the axis.
+            if (radial > 1e-4f) {
+                EXPECT_NEAR(radial, 1.0f - 0.1f * along, 1e-4f);
+            }
+        }
+    }
+    expectOutward(*s, from + (to - from) * 0.5f, axis);
+
+    Cylinder closed(from, to, 1.0f);
+    closed.setDivision(10);
+    std::unique_ptr<Shape> capped(closed.createShape());
+    bool topCentre = false;
+    for (const Triangle* t : capped->getTriangles()) {
+        topCentre = topCentre || *t->points[0] == to;
+    }
+    EXPECT_TRUE(topCentre);
+}
+
+}  // namespace
