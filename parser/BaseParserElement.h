@@ -41,8 +41,9 @@ public:
     void startAttributes();
     BaseParserElement* getNextAttribute(const std::string& name);
     std::string* getNextAttributeValue(const std::string& name);
-    // Missing child: false and out untouched. Unconvertible value: false and
-    // out = 0 (empty for the string form never fails once found).
+    // Missing child: false and out untouched. Numbers are read by stream
+    // extraction (leading white space skipped, trailing text ignored); an
+    // unconvertible or out-of-range value gives false and out = 0.
     bool getNextAttributeValueString(const std::string& name, std::string& out);
     bool getNextAttributeValueInt(const std::string& name, int32_t& out);
     bool getNextAttributeValueFloat(const std::string& name, float& out);
