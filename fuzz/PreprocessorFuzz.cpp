@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <string>
@@ -27,12 +28,19 @@ void writeFile(const std::string& name, const std::string& text)
     std::ofstream(directory + "/" + name, std::ios::binary) << text;
 }
 
+void removeDirectory()
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(directory, ignored);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
     directory = "/tmp/korvel-preprocessor-fuzz-" + std::to_string(::getpid());
     ::mkdir(directory.c_str(), 0700);
+    std::atexit(removeDirectory);
     writeFile("a", "x\r\ny");
     writeFile("e", "");
     writeFile("n", "#include \"a\"\n");
