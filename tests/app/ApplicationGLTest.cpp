@@ -3,6 +3,7 @@
 // directory, runs it as a real process, closes it with Escape sent through
 // xdotool, and reads its console output and log file.
 
+#include <GLFW/glfw3.h>
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
@@ -85,6 +86,15 @@ struct GameRun {
     std::string windowSize; // "WxH" as the X server saw it
 };
 
+// The X server resets when its last client leaves, and refuses connections
+// while it does: a game started right after the previous one ended could
+// find no display. Holding a connection for the whole test prevents that.
+void holdDisplay()
+{
+    static const bool held = glfwInit() == GLFW_TRUE;
+    (void)held;
+}
+
 class Sandbox {
 public:
     Sandbox()
@@ -110,15 +120,21 @@ public:
 
     // Runs the game; once its window shows, sends the keys (xdotool names),
     // then Escape unless closeWithEscape is false.
-    GameRun run(const std::vector<std::string>& keys = {}, bool closeWithEscape = true)
+    GameRun run(const std::vector<std::string>& keys = {}, bool closeWithEscape = true, bool withDisplay = true)
     {
         GameRun result;
+        holdDisplay();
+        removeLogs();
         const fs::path consoleFile = root / "console.txt";
         const pid_t pid = fork();
         if (pid == 0) {
             const int fd = ::open(consoleFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
             dup2(fd, 1);
             dup2(fd, 2);
+            if (!withDisplay) {
+                unsetenv("DISPLAY");
+                unsetenv("WAYLAND_DISPLAY");
+            }
             const std::string exe = (bin / "quorbane").string();
             execl(exe.c_str(), exe.c_str(), static_cast<char*>(nullptr));
             _exit(127);
@@ -139,6 +155,12 @@ public:
                 }
                 if (!window.empty()) {
                     std::this_thread::sleep_for(std::chrono::milliseconds(500));
+                    // The new window took the focus, so xdotool would type
+                    // through the server's own keyboard and, once Escape has
+                    // closed the window, never release the key: it would stay
+                    // down and repeat into the next window. With the focus on
+                    // the root, keys are sent to the window as events instead.
+                    commandOutput("xdotool windowfocus $(xdotool search --maxdepth 0 '' | head -n 1) 2>/dev/null");
                     const std::string geometry = commandOutput("xdotool getwindowgeometry " + window + " 2>/dev/null");
                     std::smatch size;
                     if (std::regex_search(geometry, size, std::regex("Geometry: (\\d+x\\d+)"))) {
@@ -169,6 +191,18 @@ public:
             }
         }
         return result;
+    }
+
+    // Logs of earlier runs, wherever the data path pointed.
+    void removeLogs() const
+    {
+        for (const fs::path& dir : {data, bin}) {
+            for (const auto& entry : fs::directory_iterator(dir)) {
+                if (entry.is_regular_file() && entry.path().extension() == ".log") {
+                    fs::remove(entry.path());
+                }
+            }
+        }
     }
 
     fs::path root;
@@ -331,11 +365,6 @@ TEST(ApplicationGLTest, ConfigurationThatDoesNotParseKeepsWhatWasReadBeforeTheEr
     EXPECT_EQ(run.windowSize.rfind("640x", 0), 0u) << run.windowSize;
 
     writeFile(box.data / "config.def", "this is not a definition file\n");
-    for (const auto& entry : fs::directory_iterator(box.data)) {
-        if (entry.path().extension() == ".log") {
-            fs::remove(entry.path());
-        }
-    }
     const GameRun garbage = box.run();
     EXPECT_EQ(garbage.status, 0) << garbage.log;
     EXPECT_TRUE(linesInOrder(garbage.log, {"[Warning] config.def not entirely understood",
@@ -375,6 +404,32 @@ TEST(ApplicationGLTest, MissingOrBrokenShaderStopsTheStartWithStatusOne)
         EXPECT_TRUE(linesInOrder(run.log, {"[ERROR] Shader program not makable !",
                                            "[ERROR] unable to establish shader program"}));
     }
+}
+
+TEST(ApplicationGLTest, EarlyStartUpFailuresEndWithTheirMessageAndStatusOne)
+{
+    if (!hasDisplay()) {
+        GTEST_SKIP() << "needs a display";
+    }
+    Sandbox box;
+    const GameRun noDisplay = box.run({}, false, false);
+    EXPECT_EQ(noDisplay.status, 1) << noDisplay.console;
+    EXPECT_TRUE(linesInOrder(noDisplay.log, {"[Warning] configuration not found, default values applied",
+                                             "[Error] GLFW error ", "[ERROR] Unable to initialize GLFW"}));
+    EXPECT_EQ(lastLine(noDisplay.log), "[ERROR] Unable to initialize GLFW");
+
+    writeFile(box.data / "config.def", "<View><Width>0</Width></View>\n");
+    const GameRun noSize = box.run({}, false);
+    EXPECT_EQ(noSize.status, 1) << noSize.console;
+    EXPECT_EQ(lastLine(noSize.log), "[ERROR] Unable to initialize Windows");
+
+    fs::remove(box.data / "config.def");
+    fs::remove(box.data / "models.txt");
+    const GameRun noModels = box.run({}, false);
+    EXPECT_EQ(noModels.status, 1) << noModels.console;
+    EXPECT_TRUE(linesInOrder(noModels.log, {"[Success] texture manager ready", "[ERROR] model descriptor not found",
+                                            "[ERROR] unable to init Model manager"}));
+    EXPECT_EQ(lastLine(noModels.log), "[ERROR] unable to init Model manager");
 }
 
 TEST(ApplicationGLTest, PathDefinitionInTheParentIsUsedWhenTheExecutablesOwnHasNoValue)
