@@ -15,13 +15,22 @@ std::map<int32_t, Object*>& Object::registry()
 
 Object::Object() : id(counter++), verbose(false), alive(true)
 {
-    registry()[id] = this;
+    enter(this);
 }
 
 // A copy is a new instance: it gets its own identity and registry entry.
 Object::Object(const Object& other) : id(counter++), verbose(other.verbose), alive(true)
 {
-    registry()[id] = this;
+    enter(this);
+}
+
+void Object::enter(Object* object)
+{
+    // Fresh ids are the largest so far: hinting the end makes the insertion
+    // constant time instead of a walk down the tree, which matters when a
+    // parse creates a hundred thousand tokens.
+    auto& instances = registry();
+    instances.insert_or_assign(instances.end(), object->id, object);
 }
 
 Object& Object::operator=(const Object& other)

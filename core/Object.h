@@ -49,5 +49,6 @@ protected:
 
 private:
     static std::map<int32_t, Object*>& registry();
+    static void enter(Object* object);
     static int32_t counter;
 };
