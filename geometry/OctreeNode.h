@@ -27,13 +27,15 @@ public:
     OctreeNode(const OctreeNode&) = delete;
     OctreeNode& operator=(const OctreeNode&) = delete;
 
+    // Deletes the whole subtree without recursion or allocation: the nodes
+    // waiting to be deleted are chained through their teardown link.
     virtual ~OctreeNode()
     {
-        std::vector<OctreeNode*> pending;
+        OctreeNode* pending = nullptr;
         detachChildren(pending);
-        while (!pending.empty()) {
-            OctreeNode* n = pending.back();
-            pending.pop_back();
+        while (pending != nullptr) {
+            OctreeNode* n = pending;
+            pending = n->teardown;
             n->detachChildren(pending);
             delete n;
         }
@@ -219,15 +221,18 @@ private:
         return xOk && yOk && zOk;
     }
 
-    void detachChildren(std::vector<OctreeNode*>& out)
+    void detachChildren(OctreeNode*& chain)
     {
         for (OctreeNode*& c : children) {
             if (c != nullptr) {
-                out.push_back(c);
+                c->teardown = chain;
+                chain = c;
                 c = nullptr;
             }
         }
     }
+
+    OctreeNode* teardown = nullptr;
 };
 
 }  // namespace korvel

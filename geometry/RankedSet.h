@@ -1,14 +1,17 @@
 #pragma once
-// An ordered set of keys that answers "the k-th key" and "how many keys come
-// before this one" in O(log n) while keys are erased.
+// An ordered set of keys that answers "the k-th key" in O(log n) while keys
+// are erased.
 //
-// Built once from sorted keys, it only shrinks: a presence bit per slot in a
-// Fenwick tree. Detail reduction uses it to walk the points index by rank,
+// Built once from sorted keys, it only shrinks. Presence is one bit per slot,
+// 64 slots to a word, and a Fenwick tree counts the keys left in each word:
+// selecting the k-th key walks the small tree to its word, then the bits of
+// that word. Detail reduction uses it to walk the points index by rank,
 // making the same choices as an iterator walk without stepping over every
 // entry. Insertion is not supported; the owner rebuilds when keys are added.
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <vector>
 
@@ -26,19 +29,23 @@ public:
     void assign(std::vector<K> sortedKeys)
     {
         keys = std::move(sortedKeys);
-        present.assign(keys.size(), 1);
-        tree.assign(keys.size() + 1, 0);
+        const std::size_t words = (keys.size() + 63) / 64;
+        bits.assign(words, ~std::uint64_t(0));
+        if (words > 0 && keys.size() % 64 != 0) {
+            bits.back() = (std::uint64_t(1) << (keys.size() % 64)) - 1;
+        }
+        tree.assign(words + 1, 0);
         // Linear-time Fenwick build: each node hands its sum to its parent.
-        for (std::size_t i = 1; i <= keys.size(); ++i) {
-            tree[i] += 1;
+        for (std::size_t i = 1; i <= words; ++i) {
+            tree[i] += static_cast<std::uint32_t>(popcount(bits[i - 1]));
             const std::size_t parent = i + (i & (~i + 1));
-            if (parent <= keys.size()) {
+            if (parent <= words) {
                 tree[parent] += tree[i];
             }
         }
         count = keys.size();
         top = 1;
-        while (top * 2 <= keys.size()) {
+        while (top * 2 <= words) {
             top *= 2;
         }
     }
@@ -52,12 +59,22 @@ public:
         if (it == keys.end() || Less()(key, *it)) {
             return false;
         }
-        const std::size_t slot = static_cast<std::size_t>(it - keys.begin());
-        if (present[slot] == 0) {
+        return eraseSlot(static_cast<std::size_t>(it - keys.begin()));
+    }
+
+    // The same by slot (position in the sorted keys), without the search.
+    bool eraseSlot(std::size_t slot)
+    {
+        if (slot >= keys.size()) {
             return false;
         }
-        present[slot] = 0;
-        for (std::size_t i = slot + 1; i <= keys.size(); i += i & (~i + 1)) {
+        const std::uint64_t bit = std::uint64_t(1) << (slot % 64);
+        std::uint64_t& word = bits[slot / 64];
+        if ((word & bit) == 0) {
+            return false;
+        }
+        word &= ~bit;
+        for (std::size_t i = slot / 64 + 1; i < tree.size(); i += i & (~i + 1)) {
             --tree[i];
         }
         --count;
@@ -66,30 +83,49 @@ public:
 
     // The key of rank r (0-based) among those still present; r < size().
     const K& at(std::size_t r) const { return keys[slotAt(r)]; }
+    // The key of a slot, present or not.
+    const K& keyAt(std::size_t slot) const { return keys[slot]; }
 
     // The slot (position in the sorted keys given to assign) of rank r, for
     // owners that keep data beside the keys.
     std::size_t slotAt(std::size_t r) const
     {
-        std::size_t pos = 0;
-        std::size_t remaining = r + 1;
+        std::size_t word = 0;
+        std::size_t remaining = r;  // keys to skip inside the found word
         for (std::size_t step = top; step > 0; step /= 2) {
-            const std::size_t next = pos + step;
-            if (next <= keys.size() && tree[next] < remaining) {
-                pos = next;
+            const std::size_t next = word + step;
+            if (next < tree.size() && tree[next] <= remaining) {
+                word = next;
                 remaining -= tree[next];
             }
         }
-        return pos;
+        // word is now the 0-based index of the word holding the key: skip
+        // whole bytes, then single bits.
+        std::uint64_t b = bits[word];
+        std::size_t base = word * 64;
+        for (int pc = popcount(b & 0xFF); static_cast<std::size_t>(pc) <= remaining; pc = popcount(b & 0xFF)) {
+            remaining -= static_cast<std::size_t>(pc);
+            b >>= 8;
+            base += 8;
+        }
+        for (std::size_t k = 0; k < remaining; ++k) {
+            b &= b - 1;  // drop the lowest set bit
+        }
+        return base + static_cast<std::size_t>(trailingZeros(b));
     }
 
     std::size_t size() const { return count; }
+    // Slots given to assign, erased ones included.
+    std::size_t slotCount() const { return keys.size(); }
     bool empty() const { return count == 0; }
 
 private:
+    static int popcount(std::uint64_t v) { return __builtin_popcountll(v); }
+    static int trailingZeros(std::uint64_t v) { return __builtin_ctzll(v); }
+
     std::vector<K> keys;
-    std::vector<unsigned char> present;
-    std::vector<std::size_t> tree;
+    std::vector<std::uint64_t> bits;
+    std::vector<std::uint32_t> tree;
     std::size_t count = 0;
     std::size_t top = 1;
 };

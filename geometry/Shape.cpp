@@ -33,7 +33,7 @@ Shape::Shape(const Shape& other) : ISerializable(other)
     for (const Triangle* t : other.triangles) {
         Triangle* copy = ownedCopyOf(*t);
         triangles.push_back(copy);
-        positions.emplace(copy, std::prev(triangles.end()));
+        positions.insert(copy, std::prev(triangles.end()));
     }
 }
 
@@ -114,23 +114,23 @@ void Shape::addTriangle(Triangle* t)
         return;
     }
     triangles.push_back(t);
-    if (!positions.emplace(t, std::prev(triangles.end())).second) {
+    if (!positions.insert(t, std::prev(triangles.end()))) {
         ++duplicates;
     }
 }
 
 bool Shape::removeTriangle(Triangle* t)
 {
-    auto found = positions.find(t);
-    if (found == positions.end()) {
+    const auto* found = positions.find(t);
+    if (found == nullptr) {
         return false;
     }
-    auto next = triangles.erase(found->second);
-    positions.erase(found);
+    auto next = triangles.erase(*found);
+    positions.erase(t);
     if (duplicates > 0) {
         for (; next != triangles.end(); ++next) {
             if (*next == t) {
-                positions.emplace(t, next);
+                positions.insert(t, next);
                 --duplicates;
                 break;
             }

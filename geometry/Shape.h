@@ -10,10 +10,10 @@
 
 #include "core/ISerializable.h"
 #include "core/Vector4D.h"
+#include "geometry/PointerMap.h"
 
 #include <cstddef>
 #include <list>
-#include <unordered_map>
 
 class Matrix4D;
 
@@ -85,12 +85,12 @@ public:
 
 protected:
     // t is in the list (pointer identity), in constant time.
-    bool isListed(Triangle* t) const { return positions.count(t) != 0; }
+    bool isListed(Triangle* t) const { return positions.contains(t); }
 
     std::list<Triangle*> triangles;
 
 private:
-    std::unordered_map<Triangle*, std::list<Triangle*>::iterator> positions;
+    PointerMap<Triangle, std::list<Triangle*>::iterator> positions;
     // Entries added while the same pointer was already listed (misuse, but
     // tolerated): removal then looks for the next occurrence.
     std::size_t duplicates = 0;

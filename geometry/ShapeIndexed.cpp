@@ -76,10 +76,9 @@ void ShapeIndexed::destroyTriangle(Triangle* t)
 
 void ShapeIndexed::forgetRemoved(const Vector4D* p)
 {
-    const auto found = removedLookup.find(p);
-    if (found != removedLookup.end()) {
-        removedPoints.erase(found->second);
-        removedLookup.erase(found);
+    if (const auto* found = removedLookup.find(p)) {
+        removedPoints.erase(*found);
+        removedLookup.erase(p);
     }
 }
 
@@ -124,7 +123,7 @@ void ShapeIndexed::addTriangle(Triangle* t)
             forgetRemoved(shared);
             node = new ShapeNode(shared);
             index.emplace(shared, node);
-            pointNodes.emplace(shared, node);
+            pointNodes.insert(shared, node);
             octree.add(*shared, node);
             ranksValid = false;
             indexesComputed = false;
@@ -136,7 +135,7 @@ void ShapeIndexed::addTriangle(Triangle* t)
         // Corners distinct by value that still matched one shared point.
         std::cout << "[Warning] degenerate triangle refused by ShapeIndexed" << std::endl;
         for (ShapeNode* node : nodes) {
-            if (node->isEmpty() && nodeRemoval && pointNodes.count(node->point) != 0) {
+            if (node->isEmpty() && nodeRemoval && pointNodes.contains(node->point)) {
                 removeNode(node);
             }
         }
@@ -161,6 +160,7 @@ void ShapeIndexed::unlinkTriangle(Triangle* t)
             continue;
         }
         node->removeTriangle(t);
+        forgetMeasure(node);
         if (node->isEmpty() && nodeRemoval) {
             removeNode(node);
         }
@@ -186,18 +186,18 @@ bool ShapeIndexed::removeNode(ShapeNode* node)
     index.erase(point);
     pointNodes.erase(point);
     if (ranksValid) {
-        ranks.erase(point);
+        ranks.eraseSlot(node->rankSlot);
     }
     if (!octreeDeferred) {
         octree.removeValue(*point, node);
     }
     removedPoints.push_back(point);
-    removedLookup[point] = std::prev(removedPoints.end());
+    removedLookup.set(point, std::prev(removedPoints.end()));
     indexesComputed = false;
 
     // Taken out of the node first: removing a triangle below can remove
     // further (emptied) nodes, never this one.
-    std::list<Triangle*> around;
+    std::vector<Triangle*> around;
     around.swap(node->triangles);
     for (auto it = around.begin(); it != around.end(); ++it) {
         Triangle* t = *it;
@@ -243,9 +243,8 @@ bool ShapeIndexed::removePointRaw(Vector4D* p)
     if (measuring) {
         for (const Triangle* t : node->triangles) {
             for (Vector4D* v : t->points) {
-                ShapeNode* around = v != p ? nodeOf(v) : nullptr;
-                if (around != nullptr) {
-                    around->measureStamp = 0;
+                if (v != p) {
+                    forgetMeasure(nodeOf(v));
                 }
             }
         }
@@ -269,7 +268,7 @@ bool ShapeIndexed::removePointRaw(Vector4D* p)
 
 bool ShapeIndexed::isRemoved(const Vector4D* p) const
 {
-    return removedLookup.count(p) != 0;
+    return removedLookup.contains(p);
 }
 
 void ShapeIndexed::computeIndexes()
@@ -302,19 +301,21 @@ bool ShapeIndexed::reduceDetail(float ratio)
         std::cout << "[Warning] detail reduction needs node removal in ShapeIndexed" << std::endl;
         return false;
     }
-    newMeasureStamp();
+    buildRanks();
+    measures.assign(ranks.slotCount(), Measure());
     measuring = true;
     octreeDeferred = true;
     removedLookup.reserve(removedLookup.size() + (count - target));
     octreeOrder.reserve(count);
     // Measured once in index order (close to memory order) rather than at
     // random when first sampled.
-    for (auto& entry : index) {
-        float ignored = 0.0f;
-        measure(entry.second, ignored);
+    for (const auto& entry : index) {
+        measureSlot(entry.second->rankSlot);
     }
     const bool reached = reduceTo(target);
     measuring = false;
+    measures.clear();
+    measures.shrink_to_fit();
     octreeDeferred = false;
     rebuildOctree();
     return reached;
@@ -368,17 +369,8 @@ Vector4D* ShapeIndexed::choose(bool plainWalk, std::vector<Vector4D*>* visited)
     if (n < 1) {
         return nullptr;
     }
-    if (!plainWalk && !ranksValid) {
-        std::vector<Vector4D*> keys;
-        keys.reserve(n);
-        rankNodes.clear();
-        rankNodes.reserve(n);
-        for (const auto& entry : index) {
-            keys.push_back(entry.first);
-            rankNodes.push_back(entry.second);
-        }
-        ranks.assign(std::move(keys));
-        ranksValid = true;
+    if (!plainWalk) {
+        buildRanks();
     }
     const std::size_t samples = n >= 10 ? 10 : n;
     const auto range = static_cast<float>(n / 10);
@@ -392,22 +384,22 @@ Vector4D* ShapeIndexed::choose(bool plainWalk, std::vector<Vector4D*>* visited)
             step = static_cast<int>(1 % n);
         }
         Vector4D* p = nullptr;
-        ShapeNode* node = nullptr;
+        float distance = 0.0f;
         if (plainWalk) {
             moveIteratorAtDistance(it, step);
             p = it->first;
-            node = it->second;
+            measure(it->second, distance);
         } else {
             moveRankAtDistance(rank, step);
             const std::size_t slot = ranks.slotAt(rank);
-            p = ranks.at(rank);
-            node = rankNodes[slot];
+            distance = measureSlot(slot);
+            if (visited != nullptr || best == nullptr || distance < bestDistance) {
+                p = ranks.keyAt(slot);
+            }
         }
         if (visited != nullptr) {
             visited->push_back(p);
         }
-        float distance = 0.0f;
-        measure(node, distance);
         if (best == nullptr || distance < bestDistance) {
             best = p;
             bestDistance = distance;
@@ -416,28 +408,54 @@ Vector4D* ShapeIndexed::choose(bool plainWalk, std::vector<Vector4D*>* visited)
     return best;
 }
 
-Vector4D* ShapeIndexed::measure(ShapeNode* node, float& distance)
+void ShapeIndexed::buildRanks()
 {
-    if (!measuring) {
-        return node->getMinDistancePointExcluded(node->point, distance);
+    if (ranksValid) {
+        return;
     }
-    if (node->measureStamp != measureStamp) {
-        node->measuredNearest = node->getMinDistancePointExcluded(node->point, node->measuredDistance);
-        node->measureStamp = measureStamp;
+    std::vector<Vector4D*> keys;
+    keys.reserve(index.size());
+    rankNodes.clear();
+    rankNodes.reserve(index.size());
+    for (const auto& entry : index) {
+        entry.second->rankSlot = static_cast<uint32_t>(keys.size());
+        keys.push_back(entry.first);
+        rankNodes.push_back(entry.second);
     }
-    distance = node->measuredDistance;
-    return node->measuredNearest;
+    ranks.assign(std::move(keys));
+    ranksValid = true;
 }
 
-void ShapeIndexed::newMeasureStamp()
+Vector4D* ShapeIndexed::measure(ShapeNode* node, float& distance)
 {
-    ++measureStamp;
-    if (measureStamp == 0) {
-        // Wrapped: 0 is the stale mark, and old stamps could match again.
-        for (auto& entry : index) {
-            entry.second->measureStamp = 0;
-        }
-        measureStamp = 1;
+    if (!measuring || !ranksValid) {
+        return node->getMinDistancePointExcluded(node->point, distance);
+    }
+    distance = measureSlot(node->rankSlot);
+    return measures[node->rankSlot].nearest;
+}
+
+float ShapeIndexed::measureSlot(std::size_t slot)
+{
+    if (!measuring) {
+        float distance = 0.0f;
+        const ShapeNode* node = rankNodes[slot];
+        node->getMinDistancePointExcluded(node->point, distance);
+        return distance;
+    }
+    Measure& m = measures[slot];
+    if (!m.valid) {
+        const ShapeNode* node = rankNodes[slot];
+        m.nearest = node->getMinDistancePointExcluded(node->point, m.distance);
+        m.valid = true;
+    }
+    return m.distance;
+}
+
+void ShapeIndexed::forgetMeasure(const ShapeNode* node)
+{
+    if (measuring && node != nullptr && ranksValid) {
+        measures[node->rankSlot].valid = false;
     }
 }
 
@@ -474,8 +492,8 @@ void ShapeIndexed::moveRankAtDistance(std::size_t& rank, int step)
 
 ShapeNode* ShapeIndexed::nodeOf(const Vector4D* p) const
 {
-    const auto found = pointNodes.find(p);
-    return found != pointNodes.end() ? found->second : nullptr;
+    ShapeNode* const* found = pointNodes.find(p);
+    return found != nullptr ? *found : nullptr;
 }
 
 void ShapeIndexed::rebuildOctree()

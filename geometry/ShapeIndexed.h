@@ -21,7 +21,6 @@
 #include <cstdint>
 #include <list>
 #include <map>
-#include <unordered_map>
 #include <vector>
 
 namespace korvel {
@@ -90,11 +89,13 @@ public:
 
 private:
     Vector4D* choose(bool plainWalk, std::vector<Vector4D*>* visited);
-    // The node's shortest edge, remembered for the current stamp.
+    // The node's shortest edge; remembered while reducing.
     Vector4D* measure(ShapeNode* node, float& distance);
+    // The same by rank slot, reading only the remembered value when valid.
+    float measureSlot(std::size_t slot);
+    void forgetMeasure(const ShapeNode* node);
     bool reduceTo(std::size_t target);
-    // Forgets every remembered measure.
-    void newMeasureStamp();
+    void buildRanks();
     void moveRankAtDistance(std::size_t& rank, int step);
     // Unlinks t from the nodes of its points and drops emptied nodes.
     void unlinkTriangle(Triangle* t);
@@ -115,14 +116,14 @@ private:
 
     PointsIndex index;
     // The same entries as index, hashed: lookups by pointer in O(1).
-    std::unordered_map<const Vector4D*, ShapeNode*> pointNodes;
+    PointerMap<Vector4D, ShapeNode*> pointNodes;
     Octree<ShapeNode*> octree;
     // While reducing, removed points leave the octree all at once at the
     // end (a rebuild), instead of one walk each.
     bool octreeDeferred = false;
     std::list<Vector4D*> removedPoints;
     // Where each removed point sits in removedPoints, for O(1) tests.
-    std::unordered_map<const Vector4D*, std::list<Vector4D*>::iterator> removedLookup;
+    PointerMap<Vector4D, std::list<Vector4D*>::iterator> removedLookup;
     bool indexesComputed = false;
     bool nodeRemoval = true;
     // Ranks of the index keys; rebuilt lazily after points were added.
@@ -131,8 +132,14 @@ private:
     std::vector<ShapeNode*> rankNodes;
     bool ranksValid = false;
     // Measures are remembered only within one reduction, where every change
-    // to the triangles goes through this shape and marks what it touches.
-    uint32_t measureStamp = 1;
+    // to the triangles goes through this shape and forgets what it touches.
+    // One per rank slot, side by side, so a sample reads one small record.
+    struct Measure {
+        float distance = -1.0f;
+        bool valid = false;
+        Vector4D* nearest = nullptr;
+    };
+    std::vector<Measure> measures;
     bool measuring = false;
 };
 

@@ -21,7 +21,6 @@ void ShapeNode::dump() const
 
 void ShapeNode::addTriangle(Triangle* t)
 {
-    measureStamp = 0;
     triangles.push_back(t);
 }
 
@@ -39,7 +38,6 @@ bool ShapeNode::removeTriangle(Triangle* t)
 {
     for (auto it = triangles.begin(); it != triangles.end(); ++it) {
         if (*it == t) {
-            measureStamp = 0;
             triangles.erase(it);
             return true;
         }

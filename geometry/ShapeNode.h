@@ -6,7 +6,7 @@
 #include "core/Vector4D.h"
 
 #include <cstdint>
-#include <list>
+#include <vector>
 
 namespace korvel {
 
@@ -18,7 +18,11 @@ public:
     static const char* getClassName() { return className; }
     const char* getInstanceClassName() const override { return className; }
 
-    explicit ShapeNode(Vector4D* sharedPoint = nullptr) : point(sharedPoint) {}
+    explicit ShapeNode(Vector4D* sharedPoint = nullptr) : point(sharedPoint)
+    {
+        // Most points of a mesh have six or so triangles around them.
+        triangles.reserve(8);
+    }
     // Nodes link triangles and a point that belong to their shape.
     ShapeNode(const ShapeNode&) = delete;
     ShapeNode& operator=(const ShapeNode&) = delete;
@@ -45,18 +49,14 @@ public:
     // still proper afterwards (newPoint linked once) join target.
     void replaceCenter(Vector4D* newPoint, ShapeNode* target);
 
-    std::list<Triangle*> triangles;
+    // In the order they joined; a handful each, so a vector beats a list.
+    std::vector<Triangle*> triangles;
     Vector4D normal;
     Vector4D* point;
     int32_t index = 0;
 
-    // The last measure of this point's shortest edge, valid while
-    // measureStamp equals the stamp of the owning shape's reduction; 0 means
-    // stale. Changing the triangle list makes it stale; the shape also
-    // marks it stale when a neighbouring triangle moves a corner.
-    uint32_t measureStamp = 0;
-    float measuredDistance = -1.0f;
-    Vector4D* measuredNearest = nullptr;
+    // Where the point sits in the shape's rank structure, when it has one.
+    uint32_t rankSlot = 0;
 };
 
 }  // namespace korvel
