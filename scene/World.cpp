@@ -71,9 +71,22 @@ World::World()
 
 World::~World()
 {
+    releaseObjects();
+}
+
+void World::releaseObjects()
+{
     if (verbose) {
-        std::cout << "[information] World released with " << elements.size() << " element(s)" << std::endl;
+        std::cout << "World clean up objects" << std::endl;
     }
+    // The world only registers its objects; their owners (models, game
+    // arrays) delete them.
+    elements.clear();
+    blended.clear();
+    plainLeaves.clear();
+    blendedLeaves.clear();
+    selected = nullptr;
+    secondSelected = nullptr;
 }
 
 // ---- programs ----------------------------------------------------------------

@@ -98,6 +98,8 @@ public:
     const Vector4D& getBeamDirection() const { return beamDirection; }
 
     std::size_t countElements() const { return elements.size(); }
+    // Forgets every registered object; also run by the destructor.
+    void releaseObjects();
 
 private:
     bool inverseView(Matrix4D& inverse, const char* failure) const;

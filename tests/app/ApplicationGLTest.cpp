@@ -305,6 +305,7 @@ TEST(ApplicationGLTest, NormalRunLogsItsStartUpInOrderAndEscapeEndsItCleanly)
                                        "[Success] world initialized",
                                        "[Information] shader source is now verbose",
                                        "[information] launch of delete world",
+                                       "World clean up objects",
                                        "[information] end of delete world",
                                        "[information] start of model manager clean up",
                                        "[information] end of model manager clean up",
