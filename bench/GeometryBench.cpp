@@ -39,16 +39,20 @@ struct Silence {
     ~Silence() { std::cout.rdbuf(old); }
 };
 
+// One mesh at a time: every triangle is a registered Object, and a registry
+// swollen by meshes of other sizes would slow every creation and deletion.
 const Shape& sphereOf(int division)
 {
-    static std::map<int, std::unique_ptr<Shape>> cache;
-    auto& slot = cache[division];
-    if (!slot) {
+    static int cachedDivision = 0;
+    static std::unique_ptr<Shape> cached;
+    if (!cached || cachedDivision != division) {
+        cached.reset();
         Sphere s(Vector4D(0, 0, 0, 1), 10.0f);
         s.setDivision(division);
-        slot.reset(s.createShape());
+        cached.reset(s.createShape());
+        cachedDivision = division;
     }
-    return *slot;
+    return *cached;
 }
 
 void BM_SphereBuildIndexed(benchmark::State& state)

@@ -40,7 +40,8 @@ public:
     // False (and nothing changed) when key is already there.
     bool insert(const K* key, const V& value)
     {
-        if ((count + 1) * 4 > slots.size() * 3) {
+        // At most half full: short probe runs matter more than the room.
+        if ((count + 1) * 2 > slots.size()) {
             grow(slots.empty() ? 16 : slots.size() * 2);
         }
         std::size_t i = home(key);
@@ -95,7 +96,7 @@ public:
     void reserve(std::size_t n)
     {
         std::size_t size = 16;
-        while (size * 3 < n * 4) {
+        while (size < n * 2) {
             size *= 2;
         }
         if (size > slots.size()) {

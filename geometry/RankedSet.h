@@ -83,6 +83,10 @@ public:
 
     // The key of rank r (0-based) among those still present; r < size().
     const K& at(std::size_t r) const { return keys[slotAt(r)]; }
+    bool isPresent(std::size_t slot) const
+    {
+        return slot < keys.size() && (bits[slot / 64] >> (slot % 64) & 1u) != 0;
+    }
     // The key of a slot, present or not.
     const K& keyAt(std::size_t slot) const { return keys[slot]; }
 
@@ -103,15 +107,13 @@ public:
         // whole bytes, then single bits.
         std::uint64_t b = bits[word];
         std::size_t base = word * 64;
-        for (int pc = popcount(b & 0xFF); static_cast<std::size_t>(pc) <= remaining; pc = popcount(b & 0xFF)) {
-            remaining -= static_cast<std::size_t>(pc);
+        const ByteTables& bytes = byteTables();
+        for (unsigned pc = bytes.count[b & 0xFF]; pc <= remaining; pc = bytes.count[b & 0xFF]) {
+            remaining -= pc;
             b >>= 8;
             base += 8;
         }
-        for (std::size_t k = 0; k < remaining; ++k) {
-            b &= b - 1;  // drop the lowest set bit
-        }
-        return base + static_cast<std::size_t>(trailingZeros(b));
+        return base + bytes.select[b & 0xFF][remaining];
     }
 
     std::size_t size() const { return count; }
@@ -120,8 +122,42 @@ public:
     bool empty() const { return count == 0; }
 
 private:
-    static int popcount(std::uint64_t v) { return __builtin_popcountll(v); }
-    static int trailingZeros(std::uint64_t v) { return __builtin_ctzll(v); }
+    // Bit-parallel count, inline (the builtin becomes a library call on
+    // targets without a popcount instruction).
+    static int popcount(std::uint64_t v)
+    {
+        v = v - ((v >> 1) & 0x5555555555555555ull);
+        v = (v & 0x3333333333333333ull) + ((v >> 2) & 0x3333333333333333ull);
+        v = (v + (v >> 4)) & 0x0F0F0F0F0F0F0F0Full;
+        return static_cast<int>((v * 0x0101010101010101ull) >> 56);
+    }
+
+    // Per byte value: its number of set bits, and the position of its k-th
+    // set bit.
+    struct ByteTables {
+        unsigned char count[256];
+        unsigned char select[256][8];
+        ByteTables()
+        {
+            for (unsigned v = 0; v < 256; ++v) {
+                unsigned n = 0;
+                for (unsigned bit = 0; bit < 8; ++bit) {
+                    select[v][bit] = 0;
+                }
+                for (unsigned bit = 0; bit < 8; ++bit) {
+                    if (v & (1u << bit)) {
+                        select[v][n++] = static_cast<unsigned char>(bit);
+                    }
+                }
+                count[v] = static_cast<unsigned char>(n);
+            }
+        }
+    };
+    static const ByteTables& byteTables()
+    {
+        static const ByteTables tables;
+        return tables;
+    }
 
     std::vector<K> keys;
     std::vector<std::uint64_t> bits;

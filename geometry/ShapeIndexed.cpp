@@ -241,11 +241,18 @@ bool ShapeIndexed::removePointRaw(Vector4D* p)
     // Every corner around p gets a new edge (to q instead of p): measure
     // again when next sampled.
     if (measuring) {
+        // Each corner is shared by two of the triangles; look it up once.
+        const Vector4D* seen[32];
+        std::size_t seenCount = 0;
         for (const Triangle* t : node->triangles) {
-            for (Vector4D* v : t->points) {
-                if (v != p) {
-                    forgetMeasure(nodeOf(v));
+            for (const Vector4D* v : t->points) {
+                if (v == p || std::find(seen, seen + seenCount, v) != seen + seenCount) {
+                    continue;
                 }
+                if (seenCount < 32) {
+                    seen[seenCount++] = v;
+                }
+                forgetMeasure(nodeOf(v));
             }
         }
     }
@@ -309,13 +316,15 @@ bool ShapeIndexed::reduceDetail(float ratio)
     octreeOrder.reserve(count);
     // Measured once in index order (close to memory order) rather than at
     // random when first sampled.
-    for (const auto& entry : index) {
-        measureSlot(entry.second->rankSlot);
+    for (std::size_t slot = 0; slot < rankNodes.size(); ++slot) {
+        if (ranks.isPresent(slot)) {
+            measureSlot(slot);
+        }
     }
     const bool reached = reduceTo(target);
     measuring = false;
+    // Cleared but kept: the next reduction reuses the room.
     measures.clear();
-    measures.shrink_to_fit();
     octreeDeferred = false;
     rebuildOctree();
     return reached;

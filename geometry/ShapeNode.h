@@ -20,8 +20,9 @@ public:
 
     explicit ShapeNode(Vector4D* sharedPoint = nullptr) : point(sharedPoint)
     {
-        // Most points of a mesh have six or so triangles around them.
-        triangles.reserve(8);
+        // Most points of a mesh have six or so triangles around them, a few
+        // more once neighbours have collapsed onto them.
+        triangles.reserve(12);
     }
     // Nodes link triangles and a point that belong to their shape.
     ShapeNode(const ShapeNode&) = delete;
