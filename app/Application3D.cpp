@@ -1,4 +1,5 @@
 #include "app/Application3D.h"
+#include "app/LogBuffer.h"
 
 #include "app/ApplicationManager3D.h"
 #include "app/BaseGL.h"
@@ -65,7 +66,8 @@ Application3D::Application3D()
       lightDirection(3.0f, -1.0f, -1.0f, 1.0f),
       phong(0.2f, 0.8f, 0.8f, 2.0f),
       backgroundColour(0.5f, 0.5f, 0.6f, 1.0f),
-      consoleBuffer(nullptr)
+      consoleBuffer(nullptr),
+      logBuffer(nullptr)
 {
 }
 
@@ -74,12 +76,7 @@ Application3D::~Application3D()
     FactoryManager::endService();
     delete selectionHandle;
     delete configuration;
-    if (log != nullptr) {
-        if (std::cout.rdbuf() == log->rdbuf()) {
-            std::cout.rdbuf(consoleBuffer);
-        }
-        delete log;
-    }
+    releaseLogStream();
     delete world;
 }
 
@@ -272,20 +269,28 @@ bool Application3D::initLog()
          << local.tm_hour << '-' << std::setw(2) << local.tm_min << '-' << std::setw(2) << local.tm_sec << ".log";
     std::cout << "[information] log is now directed to file " << name.str() << std::endl;
 
-    if (log != nullptr) {
-        // A second call replaces the first log; standard output must not keep
-        // writing into the stream about to be deleted.
-        if (std::cout.rdbuf() == log->rdbuf()) {
-            std::cout.rdbuf(consoleBuffer);
-        }
-        delete log;
-    }
+    // A second call replaces the first log.
+    releaseLogStream();
     log = new std::ofstream(name.str(), std::ios::out | std::ios::trunc);
     if (log->is_open()) {
-        consoleBuffer = std::cout.rdbuf(log->rdbuf());
+        logBuffer = new LogBuffer(log->rdbuf());
+        consoleBuffer = std::cout.rdbuf(logBuffer);
         std::cout << "[information] Start logging events on 'out' flow stream" << std::endl;
     }
     return true;
+}
+
+void Application3D::releaseLogStream()
+{
+    // Standard output must be back on the console before the buffers it
+    // writes into are deleted.
+    if (logBuffer != nullptr && std::cout.rdbuf() == logBuffer) {
+        std::cout.rdbuf(consoleBuffer);
+    }
+    delete logBuffer;
+    logBuffer = nullptr;
+    delete log;
+    log = nullptr;
 }
 
 bool Application3D::endLog()

@@ -20,6 +20,7 @@ struct GLFWwindow;
 namespace korvel {
 
 class BaseParserElement;
+class LogBuffer;
 class IObject3D;
 class ModelManager;
 class World;
@@ -150,6 +151,10 @@ private:
     // when the log stream itself is destroyed, so that no stream is ever left
     // writing into freed memory.
     std::streambuf* consoleBuffer;
+    // Owned; standard output's buffer while the log file is open.
+    LogBuffer* logBuffer;
+
+    void releaseLogStream();
 };
 
 }  // namespace korvel
