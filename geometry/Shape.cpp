@@ -303,13 +303,14 @@ void Shape::drainShapeOfMaterial(Shape* source, const Material* m)
         }
     }
     for (Triangle* t : moving) {
-        if (t->isOwned()) {
-            source->removeTriangle(t);
-        } else {
-            const Vector4D values[3] = {*t->points[0], *t->points[1], *t->points[2]};
-            source->removeTriangle(t);
+        const bool linked = !t->isOwned();
+        const Vector4D corners[3] = {*t->points[0], *t->points[1], *t->points[2]};
+        source->removeTriangle(t);
+        // An indexed source hands it back owned; a linked one from anywhere
+        // else still points into someone's table.
+        if (linked && !t->isOwned()) {
             for (int i = 0; i < 3; ++i) {
-                t->points[i] = new Vector4D(values[i]);
+                t->points[i] = new Vector4D(corners[i]);
             }
             t->setOwned(true);
         }

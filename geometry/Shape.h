@@ -68,8 +68,9 @@ public:
                  const Vector4D* nc, const Vector4D* nd);
 
     // Moves the triangles of source carrying m (pointer identity) to the end
-    // of this shape. A triangle linked into an indexed source gets its own
-    // copies of its points first, as the source keeps its shared ones.
+    // of this shape, through this shape's addTriangle. A triangle leaving an
+    // indexed source comes with its own copies of its points: the source
+    // keeps (or frees) its shared ones.
     void drainShapeOfMaterial(Shape* source, const Material* m);
 
     // Appends an axis-aligned cube of side 1 centred on the origin, each face

@@ -172,6 +172,24 @@ bool ShapeIndexed::removeTriangle(Triangle* t)
     if (t == nullptr || !isListed(t)) {
         return false;
     }
+    // Handed back whole: its corners may be freed with the nodes it leaves
+    // empty, so it takes copies of them (and, owned now, keeps its normals).
+    const Vector4D corners[3] = {*t->points[0], *t->points[1], *t->points[2]};
+    detachTriangle(t);
+    if (!t->isOwned()) {
+        for (int i = 0; i < 3; ++i) {
+            t->points[i] = new Vector4D(corners[i]);
+        }
+        t->setOwned(true);
+    }
+    return true;
+}
+
+bool ShapeIndexed::detachTriangle(Triangle* t)
+{
+    if (!isListed(t)) {
+        return false;
+    }
     unlinkTriangle(t);
     return Shape::removeTriangle(t);
 }
@@ -207,7 +225,7 @@ bool ShapeIndexed::removeNode(ShapeNode* node)
         // Degenerate after a collapse, or still on the point about to be
         // freed (a node removed while in use): either way it must go.
         const bool usesPoint = t->points[0] == point || t->points[1] == point || t->points[2] == point;
-        if ((usesPoint || sharesPointer(t) || !t->isTriangle()) && removeTriangle(t)) {
+        if ((usesPoint || sharesPointer(t) || !t->isTriangle()) && detachTriangle(t)) {
             destroyTriangle(t);
         }
     }
@@ -266,7 +284,7 @@ bool ShapeIndexed::removePointRaw(Vector4D* p)
     std::vector<Triangle*> around(node->triangles.begin(), node->triangles.end());
     node->triangles.clear();
     for (Triangle* t : around) {
-        if (!t->isTriangle() && removeTriangle(t)) {
+        if (!t->isTriangle() && detachTriangle(t)) {
             destroyTriangle(t);
         }
     }

@@ -12,7 +12,10 @@
 //
 // The points index is ordered by pointer value; detail reduction samples it
 // by random strides. A rank structure kept in step with the index makes each
-// stride O(log n) while visiting exactly what an iterator walk visits.
+// stride O(log n) while visiting exactly what an iterator walk visits. During
+// a reduction each point's shortest edge is remembered and measured again
+// only after a collapse changed its neighbourhood, and the octree is left
+// alone until the end, when it is refilled at once.
 
 #include "geometry/Octree.h"
 #include "geometry/RankedSet.h"
@@ -48,6 +51,7 @@ public:
 
     bool hasTriangle(const Triangle& t) const override;
     void addTriangle(Triangle* t) override;
+    // The triangle goes back to the caller owned, with copies of its corners.
     bool removeTriangle(Triangle* t) override;
     void transform(const Matrix4D& m) override;
     void clear() override;
@@ -99,6 +103,8 @@ private:
     void moveRankAtDistance(std::size_t& rank, int step);
     // Unlinks t from the nodes of its points and drops emptied nodes.
     void unlinkTriangle(Triangle* t);
+    // removeTriangle without handing back: for triangles deleted right after.
+    bool detachTriangle(Triangle* t);
     // Deletes a triangle this shape no longer lists, with its normals.
     static void destroyTriangle(Triangle* t);
     void forgetRemoved(const Vector4D* p);

@@ -224,13 +224,17 @@ TEST(ShapeIndexedTest, SharesPointsAndRefusesDegenerateTriangles)
     EXPECT_EQ(s.getPointCount(), 4u);
     EXPECT_EQ(inconsistency(s), "");
 
-    // Removing a triangle drops the point only it used.
+    // Removing a triangle drops the point only it used; the triangle comes
+    // back whole, owning copies of its corners and its normals.
     Triangle* last = s.getTriangles().back();
+    last->setNormal(pt(1, 1, 0), Vector4D(0, 0, 1, 0));
     EXPECT_TRUE(s.removeTriangle(last));
-    delete last;
     EXPECT_EQ(s.getPointCount(), 3u);
-    EXPECT_EQ(s.getPointDataByValue(pt(1, 1, 0)), nullptr);
+    EXPECT_TRUE(last->isOwned());
+    EXPECT_TRUE(*last->points[1] == pt(1, 1, 0));
     EXPECT_FALSE(s.removeTriangle(last));
+    delete last;
+    EXPECT_EQ(s.getPointDataByValue(pt(1, 1, 0)), nullptr);
     EXPECT_EQ(inconsistency(s), "");
 }
 
