@@ -61,10 +61,14 @@ void BM_SphereBuildIndexed(benchmark::State& state)
     Silence quiet;
     std::size_t points = 0;
     for (auto _ : state) {
-        ShapeIndexed s;
-        s.copyTriangles(mesh.getTriangles());
-        points = s.getPointCount();
+        auto s = std::make_unique<ShapeIndexed>();
+        s->copyTriangles(mesh.getTriangles());
+        points = s->getPointCount();
         benchmark::DoNotOptimize(points);
+        state.PauseTiming();
+        s.reset();
+        malloc_trim(0);
+        state.ResumeTiming();
     }
     state.counters["triangles"] = static_cast<double>(mesh.getTriangleCount());
     state.counters["points"] = static_cast<double>(points);

@@ -146,6 +146,25 @@ void ShapeIndexed::addTriangle(Triangle* t)
         node->addTriangle(t);
     }
     Shape::addTriangle(t);
+    if (index.size() >= nextOctreeCheck) {
+        keepOctreeShallow();
+    }
+}
+
+void ShapeIndexed::keepOctreeShallow()
+{
+    // Meshes arrive ring by ring, in sorted runs that chain the octree into
+    // long lists. Checked each time the point count grows by a quarter (so
+    // the checks cost O(n) in all), a tree far deeper than a balanced one is
+    // refilled in scrambled order.
+    std::size_t logSize = 0;
+    for (std::size_t n = index.size(); n > 1; n /= 2) {
+        ++logSize;
+    }
+    if (octree.depth() > 3 * logSize + 8) {
+        rebuildOctree();
+    }
+    nextOctreeCheck = index.size() + index.size() / 4;
 }
 
 void ShapeIndexed::unlinkTriangle(Triangle* t)
@@ -567,6 +586,7 @@ void ShapeIndexed::releaseIndex()
     removedPoints.clear();
     removedLookup.clear();
     indexesComputed = false;
+    nextOctreeCheck = 64;
 }
 
 void ShapeIndexed::clear()

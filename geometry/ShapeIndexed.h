@@ -115,6 +115,8 @@ private:
     // Refills the octree from the index in a scrambled but fixed order, so
     // that its depth stays near log n whatever order the points came in.
     void rebuildOctree();
+    void keepOctreeShallow();
+    std::size_t nextOctreeCheck = 64;
     // Room for rebuildOctree, taken before a reduction frees its many small
     // blocks: a large allocation right after them makes glibc merge them
     // all at once.
