@@ -133,7 +133,7 @@ TEST(ShapeTest, NearestFacingTriangleMatchesABruteForcePick)
     sphere.setDivision(24);
     std::unique_ptr<Shape> s(sphere.createShape());
     std::srand(3);
-    auto r = [] { return static_cast<float>(std::rand()) / RAND_MAX * 2.0f - 1.0f; };
+    auto r = [] { return static_cast<float>(static_cast<double>(std::rand()) / RAND_MAX) * 2.0f - 1.0f; };
     int hits = 0;
     for (int i = 0; i < 300; ++i) {
         const Vector4D o = pt(r() * 20, r() * 20, r() * 20);

@@ -184,7 +184,7 @@ TEST(TriangleTest, LineTestAgreesWithBarycentricReferenceAndIgnoresDirectionSign
     EXPECT_FALSE(t.isIntersectingLine(pt(1, -0.01f, 5), Vector4D(0, 0, -1, 0)));
 
     std::srand(11);
-    auto r = [] { return static_cast<float>(std::rand()) / RAND_MAX * 4.0f - 2.0f; };
+    auto r = [] { return static_cast<float>(static_cast<double>(std::rand()) / RAND_MAX) * 4.0f - 2.0f; };
     int agreed = 0;
     for (int i = 0; i < 2000; ++i) {
         Triangle u(pt(r(), r(), r()), pt(r(), r(), r()), pt(r(), r(), r()));
