@@ -420,29 +420,9 @@ Vector4D* ShapeIndexed::choose(bool plainWalk, std::vector<Vector4D*>* visited)
     }
     const std::size_t samples = n >= 10 ? 10 : n;
     const auto range = static_cast<float>(n / 10);
-    auto it = index.begin();
-    std::size_t rank = 0;
     Vector4D* best = nullptr;
     float bestDistance = 0.0f;
-    for (std::size_t s = 0; s < samples; ++s) {
-        int step = static_cast<int>(Random::aleaFloatZeroRange(range));
-        if (step == 0) {
-            step = static_cast<int>(1 % n);
-        }
-        Vector4D* p = nullptr;
-        float distance = 0.0f;
-        if (plainWalk) {
-            moveIteratorAtDistance(it, step);
-            p = it->first;
-            measure(it->second, distance);
-        } else {
-            moveRankAtDistance(rank, step);
-            const std::size_t slot = ranks.slotAt(rank);
-            distance = measureSlot(slot);
-            if (visited != nullptr || best == nullptr || distance < bestDistance) {
-                p = ranks.keyAt(slot);
-            }
-        }
+    auto keep = [&](Vector4D* p, float distance) {
         if (visited != nullptr) {
             visited->push_back(p);
         }
@@ -450,6 +430,35 @@ Vector4D* ShapeIndexed::choose(bool plainWalk, std::vector<Vector4D*>* visited)
             best = p;
             bestDistance = distance;
         }
+    };
+    auto drawStep = [&] {
+        int step = static_cast<int>(Random::aleaFloatZeroRange(range));
+        return step == 0 ? static_cast<int>(1 % n) : step;
+    };
+    if (plainWalk) {
+        auto it = index.begin();
+        for (std::size_t s = 0; s < samples; ++s) {
+            moveIteratorAtDistance(it, drawStep());
+            float distance = 0.0f;
+            measure(it->second, distance);
+            keep(it->first, distance);
+        }
+        return best;
+    }
+    // All strides first (the measures draw nothing), so that the records of
+    // the ten points can be fetched from memory together rather than one
+    // after the other; then the same comparisons in the same order.
+    std::size_t slots[10];
+    std::size_t rank = 0;
+    for (std::size_t s = 0; s < samples; ++s) {
+        moveRankAtDistance(rank, drawStep());
+        slots[s] = ranks.slotAt(rank);
+        if (measuring) {
+            __builtin_prefetch(&measures[slots[s]]);
+        }
+    }
+    for (std::size_t s = 0; s < samples; ++s) {
+        keep(ranks.keyAt(slots[s]), measureSlot(slots[s]));
     }
     return best;
 }
