@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <string>
 
 namespace {
 
@@ -32,7 +31,7 @@ const char* Widget::className = "Widget";
 class CountedFactory : public IFactory {
 public:
     static int deleted;
-    CountedFactory(const char* name, CreateFunction create, CopyFunction copy) : IFactory(name, create, copy) {}
+    CountedFactory(const char* name, CreateFunction create) : IFactory(name, create, nullptr) {}
     ~CountedFactory() override { ++deleted; }
 };
 int CountedFactory::deleted = 0;
@@ -45,77 +44,57 @@ protected:
         CountedFactory::deleted = 0;
     }
     void TearDown() override { FactoryManager::endService(); }
+    FactoryManager& manager() { return *FactoryManager::getInstance(); }
 };
 
-TEST_F(FactoryManagerTest, CreatesByNameAndCopiesByInstanceClass)
+TEST_F(FactoryManagerTest, CreatesByNameAndCopiesByInstanceClassOrGivesNull)
 {
     new IFactory("Widget", &Widget::make, &Widget::copy);
-    FactoryManager* manager = FactoryManager::getInstance();
-    std::unique_ptr<ISerializable> made(manager->createObject("Widget"));
+    new IFactory("Empty", nullptr, nullptr);
+    std::unique_ptr<ISerializable> made(manager().createObject("Widget"));
     ASSERT_NE(made, nullptr);
     EXPECT_STREQ(made->getInstanceClassName(), "Widget");
-
     Widget source;
     source.size = 42;
-    std::unique_ptr<ISerializable> copied(manager->createObject(source));
+    std::unique_ptr<ISerializable> copied(manager().createObject(source));
     ASSERT_NE(copied, nullptr);
     EXPECT_EQ(static_cast<Widget&>(*copied).size, 42);
-    EXPECT_NE(copied.get(), &source);
 
-    EXPECT_EQ(manager->createObject("Gadget"), nullptr);
-    const ISerializable unknown;
-    EXPECT_EQ(manager->createObject(unknown), nullptr);
-}
-
-TEST_F(FactoryManagerTest, MissingFunctionsGiveNull)
-{
-    new IFactory("Widget", nullptr, nullptr);
-    FactoryManager* manager = FactoryManager::getInstance();
-    EXPECT_EQ(manager->createObject("Widget"), nullptr);
-    EXPECT_EQ(manager->createObject(Widget()), nullptr);
+    EXPECT_EQ(manager().createObject("Gadget"), nullptr);
+    EXPECT_EQ(manager().createObject("Empty"), nullptr);
+    EXPECT_EQ(manager().createObject(ISerializable()), nullptr);
 
     CaptureStdout out;
-    auto* nameless = new IFactory(nullptr, &Widget::make, nullptr);
-    EXPECT_EQ(out.text(), "[Error] IFactory: a factory needs a class name, this one is not registered\n");
-    delete nameless;
-    out.clear();
-    manager->syndicateFactory("Widget", nullptr);
-    EXPECT_EQ(out.text(), "[Error] FactoryManager: no factory given for class Widget, nothing registered\n");
+    delete new IFactory(nullptr, &Widget::make, nullptr);
+    manager().syndicateFactory("Widget", nullptr);
+    EXPECT_EQ(out.text(), "[Error] IFactory: a factory needs a class name, this one is not registered\n"
+                          "[Error] FactoryManager: no factory given for class Widget, nothing registered\n");
+    EXPECT_NE(std::unique_ptr<ISerializable>(manager().createObject("Widget")), nullptr);
 }
 
-TEST_F(FactoryManagerTest, ReplacedFactoryIsNoLongerOwnedAndEndServiceStartsAfresh)
+TEST_F(FactoryManagerTest, OwnershipOfReplacedSharedAndDeletedFactories)
 {
-    auto* first = new CountedFactory("Widget", nullptr, nullptr);
-    new CountedFactory("Widget", &Widget::make, nullptr);
-    std::unique_ptr<ISerializable> made(FactoryManager::getInstance()->createObject("Widget"));
-    EXPECT_NE(made, nullptr);
-
+    auto* first = new CountedFactory("Widget", nullptr);
+    new CountedFactory("Widget", &Widget::make);
+    EXPECT_NE(std::unique_ptr<ISerializable>(manager().createObject("Widget")), nullptr);
     // The same factory under a second name must still be deleted once.
-    auto* shared = new CountedFactory("Gizmo", &Widget::make, nullptr);
-    FactoryManager::getInstance()->syndicateFactory("Gadget", shared);
-
+    manager().syndicateFactory("Gadget", new CountedFactory("Gizmo", &Widget::make));
     FactoryManager::endService();
     EXPECT_EQ(CountedFactory::deleted, 2);
     delete first;  // ours again since it was replaced
     EXPECT_EQ(CountedFactory::deleted, 3);
+    EXPECT_EQ(manager().createObject("Widget"), nullptr);
+    EXPECT_EQ(manager().createObject("Gadget"), nullptr);
 
-    FactoryManager* fresh = FactoryManager::getInstance();
-    EXPECT_EQ(fresh->createObject("Widget"), nullptr);
-    EXPECT_EQ(fresh->createObject("Gadget"), nullptr);
-}
-
-TEST_F(FactoryManagerTest, ReleaseFactoriesDeletesAndForgetsThemAndADeletedFactoryUnregisters)
-{
-    FactoryManager* manager = FactoryManager::getInstance();
-    auto* gone = new CountedFactory("Gizmo", &Widget::make, nullptr);
-    delete gone;
-    EXPECT_EQ(manager->createObject("Gizmo"), nullptr);
-
-    new CountedFactory("Widget", &Widget::make, nullptr);
-    manager->releaseFactories();
-    EXPECT_EQ(CountedFactory::deleted, 2);
-    EXPECT_EQ(manager->createObject("Widget"), nullptr);
-    EXPECT_EQ(FactoryManager::getInstance(), manager);
+    // A deleted factory unregisters itself; releaseFactories keeps the manager.
+    delete new CountedFactory("Gizmo", &Widget::make);
+    EXPECT_EQ(manager().createObject("Gizmo"), nullptr);
+    new CountedFactory("Widget", &Widget::make);
+    FactoryManager* before = &manager();
+    before->releaseFactories();
+    EXPECT_EQ(CountedFactory::deleted, 5);
+    EXPECT_EQ(manager().createObject("Widget"), nullptr);
+    EXPECT_EQ(&manager(), before);
 }
 
 }  // namespace

@@ -13,35 +13,30 @@ namespace {
 
 using korvel::Observer;
 using korvel::Subject;
+using Log = std::vector<std::string>;
 
 // Records every notification into a shared log, then runs an optional action.
 class Recorder : public Observer {
 public:
-    Recorder(std::string name, std::vector<std::string>& log) : name(std::move(name)), log(log) {}
+    Recorder(std::string name, Log& log) : name(std::move(name)), log(log) {}
     void onNotify(Object* source, int32_t event) override
     {
         Observer::onNotify(source, event);
         log.push_back(name + ":" + std::to_string(event));
         if (action) {
-            action(event);
-        }
-        if (toDelete != nullptr) {
-            delete std::exchange(toDelete, nullptr);
+            action();
         }
         if (deleteSelf) {
             delete this;
         }
     }
     std::string name;
-    std::vector<std::string>& log;
-    std::function<void(int32_t)> action;
-    Recorder* toDelete = nullptr;
+    Log& log;
+    std::function<void()> action;
     bool deleteSelf = false;
 };
 
-using Log = std::vector<std::string>;
-
-TEST(SubjectTest, ObserversAreCalledInOrderOncePerOccurrence)
+TEST(SubjectTest, ObserversAreCalledInOrderAndRemovalWaitsForTheNextNotify)
 {
     Log log;
     Subject subject;
@@ -50,37 +45,23 @@ TEST(SubjectTest, ObserversAreCalledInOrderOncePerOccurrence)
     subject.addObserver(&a);
     subject.addObserver(&b);
     subject.addObserver(&a);
-    EXPECT_EQ(a.getSubjects().size(), 2u);
     subject.notify(&subject, 3);
     EXPECT_EQ(log, (Log{"a:3", "b:3", "a:3"}));
 
-    // One removal takes every occurrence, and not before the next notify.
+    // Removal asked for during a walk: b still hears this one.
+    a.action = [&] { subject.removeObserver(&b); };
     log.clear();
+    subject.notify(nullptr, 1);
+    EXPECT_EQ(log, (Log{"a:1", "b:1", "a:1"}));
+
+    // One removal takes every occurrence, at the next notify.
+    a.action = nullptr;
     subject.removeObserver(&a);
     EXPECT_EQ(subject.getObservers().size(), 3u);
-    subject.notify(&subject, 4);
-    EXPECT_EQ(log, (Log{"b:4"}));
-    EXPECT_EQ(subject.getObservers().size(), 1u);
-    subject.removeObserver(&b);
-    subject.cleanObservers();
-    EXPECT_TRUE(subject.getObservers().empty());
-}
-
-TEST(SubjectTest, RemovalDuringANotificationWaitsForTheNextOne)
-{
-    Log log;
-    Subject subject;
-    Recorder a("a", log);
-    Recorder b("b", log);
-    a.action = [&](int32_t) { subject.removeObserver(&b); };
-    subject.addObserver(&a);
-    subject.addObserver(&b);
-    subject.notify(nullptr, 1);
-    EXPECT_EQ(log, (Log{"a:1", "b:1"}));
     log.clear();
-    a.action = nullptr;
-    subject.notify(nullptr, 2);
-    EXPECT_EQ(log, (Log{"a:2"}));
+    subject.notify(nullptr, 4);
+    EXPECT_TRUE(log.empty());
+    EXPECT_TRUE(subject.getObservers().empty());
 }
 
 TEST(SubjectTest, ObserversDestroyedDuringANotificationAreNeverCalledAgain)
@@ -91,7 +72,7 @@ TEST(SubjectTest, ObserversDestroyedDuringANotificationAreNeverCalledAgain)
     auto* victim = new Recorder("victim", log);
     Recorder killer("killer", log);
     self->deleteSelf = true;
-    killer.toDelete = victim;
+    killer.action = [&] { delete std::exchange(victim, nullptr); };
     subject.addObserver(self);
     subject.addObserver(&killer);
     subject.addObserver(victim);
@@ -99,7 +80,8 @@ TEST(SubjectTest, ObserversDestroyedDuringANotificationAreNeverCalledAgain)
     subject.notify(nullptr, 5);
     EXPECT_EQ(log, (Log{"self:5", "killer:5"}));
     log.clear();
-    subject.notify(nullptr, 6 + 1);
+    killer.action = nullptr;
+    subject.notify(nullptr, 7);
     EXPECT_EQ(log, (Log{"killer:7"}));
     EXPECT_EQ(subject.getObservers().size(), 1u);
 }
@@ -116,24 +98,20 @@ TEST(SubjectTest, ADestroyedSubjectSaysSoAndIsForgotten)
         leaving.addObserver(&a);
         leaving.addObserver(&b);
         leaving.removeObserver(&b);
-        EXPECT_EQ(a.getSubjects().size(), 2u);
     }
     // b had asked to leave, so only a hears of the end.
     EXPECT_EQ(log, (Log{"a:6"}));
-    ASSERT_EQ(a.getSubjects().size(), 1u);
-    EXPECT_EQ(a.getSubjects()[0], &kept);
-    // b's own list is not cleaned by a removal: it still names the gone
-    // subject, which its destruction at the end of this test must not reach.
+    EXPECT_EQ(a.getSubjects(), (std::vector<Subject*>{&kept}));
+    // b's list still names the gone subject, which b's destruction at the
+    // end of this test must not reach.
     EXPECT_EQ(b.getSubjects().size(), 1u);
 
     // releaseObservers keeps the list: the observers are still notified.
     log.clear();
     kept.releaseObservers();
-    EXPECT_EQ(log, (Log{"a:6"}));
-    EXPECT_TRUE(a.getSubjects().empty());
-    log.clear();
     kept.notify(&kept, 2);
-    EXPECT_EQ(log, (Log{"a:2"}));
+    EXPECT_EQ(log, (Log{"a:6", "a:2"}));
+    EXPECT_TRUE(a.getSubjects().empty());
 }
 
 TEST(SubjectTest, ObserverSideAttachReleaseAndDestruction)
@@ -143,10 +121,9 @@ TEST(SubjectTest, ObserverSideAttachReleaseAndDestruction)
     Subject second;
     auto* observer = new Recorder("o", log);
     observer->onNotify(&first, Observer::eventAttach);
-    EXPECT_EQ(observer->getSubjects().size(), 1u);
     first.addObserver(observer);
     second.addObserver(observer);
-    EXPECT_EQ(observer->getSubjects().size(), 3u);
+    EXPECT_EQ(observer->getSubjects(), (std::vector<Subject*>{&first, &first, &second}));
 
     CaptureStdout out;
     Object notASubject;
@@ -154,6 +131,7 @@ TEST(SubjectTest, ObserverSideAttachReleaseAndDestruction)
     EXPECT_EQ(observer->getSubjects().size(), 3u);
     EXPECT_EQ(out.text(), "[Warning] Observer::onNotify: attach event from something that is not a subject, ignored\n");
 
+    // Release is deferred on the subjects and keeps the observer's own list.
     observer->releaseSubjects();
     EXPECT_EQ(observer->getSubjects().size(), 3u);
     second.cleanObservers();
@@ -161,7 +139,6 @@ TEST(SubjectTest, ObserverSideAttachReleaseAndDestruction)
 
     // Destruction marks it on every subject; the next notify drops it.
     delete observer;
-    EXPECT_EQ(first.getObservers().size(), 1u);
     log.clear();
     first.notify(&first, 1);
     EXPECT_TRUE(log.empty());
