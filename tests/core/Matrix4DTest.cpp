@@ -64,9 +64,7 @@ TEST(Matrix4DTest, StartsAtZeroStoresByColumnAndRefusesBadIndices)
     b.exchangeLines(0, 9);
     expectNear(b, a, 0.0f);
     expectNear(b.getColumn(7), Vector4D());
-    EXPECT_NE(out.text().find("[Error] Matrix4D::setColumn: index 4 is not a line or column (0 to 3)\n"),
-              std::string::npos);
-    EXPECT_NE(out.text().find("[Error] Matrix4D::getColumn: index 7"), std::string::npos);
+    EXPECT_EQ(out.text().substr(0, 70), "[Error] Matrix4D::setColumn: index 4 is not a line or column (0 to 3)\n");
 }
 
 TEST(Matrix4DTest, ProductsComposeAndApplyTheRightFactorFirst)
@@ -83,23 +81,13 @@ TEST(Matrix4DTest, ProductsComposeAndApplyTheRightFactorFirst)
         const Vector4D v(1.5f, -2.0f, 0.25f, 1.0f);
         expectNear((a * b) * v, a * (b * v), 1e-2f);
     }
-
-    // mul3: the 3x3 product, with the rest taken from b.
-    const Matrix4D a = randomMatrix(generator);
-    const Matrix4D b = randomMatrix(generator);
-    Matrix4D blockOnly(a);
-    blockOnly.setColumn(3, Vector4D::axisW);
-    blockOnly.setLine(3, Vector4D::axisW);
-    Matrix4D expected = blockOnly * b;
-    expected.setColumn(3, b.getColumn(3));
-    expected.setLine(3, b.getLine(3));
-    expectNear(a.mul3(b), expected, 1e-4f);
 }
 
-TEST(Matrix4DTest, InverseTimesMatrixIsTheIdentityForManyRandomMatrices)
+TEST(Matrix4DTest, InverseTimesMatrixIsTheIdentityAndSingularMatricesAreRefused)
 {
     std::mt19937 generator(2024);
     const Matrix4D identity = Matrix4D::getI4();
+    Matrix4D inverse;
     for (int round = 0; round < 500; ++round) {
         // A dominant diagonal keeps them well conditioned; its sign varies so
         // that pivots are searched for and lines exchanged.
@@ -114,22 +102,11 @@ TEST(Matrix4DTest, InverseTimesMatrixIsTheIdentityForManyRandomMatrices)
             a.m[1 + (round / 4) % 3] = 6.0f;
         }
         const Matrix4D copy(a);
-        Matrix4D inverse;
         ASSERT_TRUE(a.invert(inverse)) << round;
         expectNear(a * inverse, identity, 1e-4f);
         expectNear(inverse * a, identity, 1e-4f);
         expectNear(a, copy, 0.0f);
     }
-}
-
-TEST(Matrix4DTest, InversionExchangesLinesAndRefusesSingularMatrices)
-{
-    // A zero at (0, 0) needs a line exchange: a permutation with scales.
-    Matrix4D inverse;
-    Matrix4D permutation;
-    permutation.setLines(Vector4D(0, 2, 0, 0), Vector4D(4, 0, 0, 0), Vector4D(0, 0, 0, 1), Vector4D(0, 0, 8, 0));
-    ASSERT_TRUE(permutation.invert(inverse));
-    expectNear(permutation * inverse, Matrix4D::getI4(), 0.0f);
 
     Matrix4D zeroColumn = Matrix4D::getI4();
     zeroColumn.setColumn(2, Vector4D());
@@ -139,9 +116,8 @@ TEST(Matrix4DTest, InversionExchangesLinesAndRefusesSingularMatrices)
     for (const Matrix4D& singular : {zeroColumn, dependent, Matrix4D()}) {
         EXPECT_FALSE(singular.invert(inverse));
     }
-    Matrix4D scratch = Matrix4D::getI4();
-    EXPECT_FALSE(scratch.normalisePivot(4, inverse));
-    EXPECT_FALSE(scratch.normalisePivot(-1, inverse));
+    EXPECT_FALSE(Matrix4D(identity).normalisePivot(4, inverse));
+    EXPECT_FALSE(Matrix4D(identity).normalisePivot(-1, inverse));
 }
 
 TEST(Matrix4DTest, AxisRotationsAreRightHandedAndEqualTheirMatrixOnTheLeft)
@@ -162,14 +138,12 @@ TEST(Matrix4DTest, AxisRotationsAreRightHandedAndEqualTheirMatrixOnTheLeft)
         Matrix4D quarter = Matrix4D::getI4();
         (quarter.*c.rotate)(halfPi);
         expectNear(quarter * c.from, c.to);
-        for (int round = 0; round < 5; ++round) {
-            const float angle = std::uniform_real_distribution<float>(-4.0f, 4.0f)(generator);
-            const Matrix4D m = randomMatrix(generator);
-            Matrix4D rotated(m);
-            (rotated.*c.rotate)(angle);
-            expectNear(rotated, c.make(angle) * m, 1e-4f);
-            expectRotation(c.make(angle));
-        }
+        const float angle = std::uniform_real_distribution<float>(-4.0f, 4.0f)(generator);
+        const Matrix4D m = randomMatrix(generator);
+        Matrix4D rotated(m);
+        (rotated.*c.rotate)(angle);
+        expectNear(rotated, c.make(angle) * m, 1e-4f);
+        expectRotation(c.make(angle));
     }
 }
 
@@ -204,19 +178,12 @@ TEST(Matrix4DTest, AxisAngleRotationKeepsItsAxisAndTheTranslation)
 
 TEST(Matrix4DTest, ProjectionMapsTheFrustumOntoTheUnitCube)
 {
-    const float angle = 0.6f;
-    const float ratio = 16.0f / 9.0f;
-    const float near = 0.5f;
-    const float far = 100.0f;
+    const float angle = 0.6f, ratio = 16.0f / 9.0f, near = 0.5f, far = 100.0f;
     Matrix4D p;
     p.m[1] = 42.0f;  // cleared first
     p.setProjection(angle, ratio, near, far);
     const float t = std::tan(angle);
-    auto ndc = [&p](const Vector4D& v) {
-        Vector4D clip = p * v;
-        clip /= clip.w;
-        return clip;
-    };
+    auto ndc = [&p](const Vector4D& v) { return (p * v) * (1.0f / (p * v).w); };
     EXPECT_NEAR(ndc(Vector4D(0, 0, -near, 1)).z, -1.0f, 1e-5f);
     EXPECT_NEAR(ndc(Vector4D(0, 0, -far, 1)).z, 1.0f, 1e-4f);
     // The angle fixes the horizontal field, the ratio scales the vertical.
@@ -224,11 +191,11 @@ TEST(Matrix4DTest, ProjectionMapsTheFrustumOntoTheUnitCube)
     EXPECT_NEAR(ndc(Vector4D(0, near * t / ratio, -near, 1)).y, 1.0f, 1e-5f);
     EXPECT_EQ(p.m[1], 0.0f);
 
+    // A far plane on the near one is taken twice as far.
     Matrix4D same;
     same.setProjection(angle, ratio, 2.0f, 2.0f);
-    Matrix4D doubled;
-    doubled.setProjection(angle, ratio, 2.0f, 4.0f);
-    expectNear(same, doubled, 0.0f);
+    p.setProjection(angle, ratio, 2.0f, 4.0f);
+    expectNear(same, p, 0.0f);
 }
 
 TEST(Matrix4DTest, BasisFromAnAxisIsARightHandedOrthonormalFrame)
@@ -237,12 +204,11 @@ TEST(Matrix4DTest, BasisFromAnAxisIsARightHandedOrthonormalFrame)
     const Matrix4D before(m);
     EXPECT_FALSE(m.setBaseMatrixXAxis(Vector4D(0, 0, 0.00005f, 0)));
     expectNear(m, before, 0.0f);
+    // Along Y and Z the frame is a cyclic permutation of the axes.
     ASSERT_TRUE(m.setBaseMatrixXAxis(Vector4D(0, 5, 0, 0)));
-    expectNear(m.getColumn(2), Vector4D::axisX, 0.0f);
-    expectRotation(m);
+    expectNear(m.getColumn(1), Vector4D::axisZ, 0.0f);
     ASSERT_TRUE(m.setBaseMatrixXAxis(Vector4D(0, 0, 2, 0)));
-    expectNear(m.getColumn(2), Vector4D::axisY, 0.0f);
-    expectRotation(m);
+    expectNear(m.getColumn(1), Vector4D::axisX, 0.0f);
 
     std::mt19937 generator(3);
     std::uniform_real_distribution<float> value(-5.0f, 5.0f);
@@ -276,16 +242,14 @@ TEST(Matrix4DTest, SaveLoadDumpAndStreamFormats)
     expectNear(loaded, m, 0.0f);
     EXPECT_EQ(out.text(), "[Error] Matrix4D::load: sixteen numbers expected, matrix left unchanged\n");
 
-    // Dump lists the column index first.
-    Matrix4D d = Matrix4D::getI4();
-    d.m[4] = 2.0f;  // line 0, column 1
+    // Dump goes line by line but names the column index first.
     out.clear();
-    d.dump();
+    m.dump();
     const std::string dumped = out.text();
-    EXPECT_EQ(dumped.substr(0, dumped.find('\n') + 1), "\tm[0,0]= 1\tm[1,0]= 2\tm[2,0]= 0\tm[3,0]= 0\n");
+    EXPECT_EQ(dumped.substr(0, dumped.find('\n') + 1), "\tm[0,0]= 0.5\tm[1,0]= 4.5\tm[2,0]= 8.5\tm[3,0]= 12.5\n");
     EXPECT_EQ(dumped.substr(dumped.size() - 2), "\n\n");
     std::ostringstream stream;
-    stream << d;
+    stream << m;
     EXPECT_EQ(stream.str(), dumped);
 }
 

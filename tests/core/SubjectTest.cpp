@@ -86,63 +86,39 @@ TEST(SubjectTest, ObserversDestroyedDuringANotificationAreNeverCalledAgain)
     EXPECT_EQ(subject.getObservers().size(), 1u);
 }
 
-TEST(SubjectTest, ADestroyedSubjectSaysSoAndIsForgotten)
+TEST(SubjectTest, SubjectEndAttachAndObserverDestruction)
 {
     Log log;
     Recorder a("a", log);
-    Recorder b("b", log);
+    auto* b = new Recorder("b", log);
     Subject kept;
     kept.addObserver(&a);
+    kept.addObserver(b);
     {
         Subject leaving;
         leaving.addObserver(&a);
-        leaving.addObserver(&b);
-        leaving.removeObserver(&b);
+        leaving.addObserver(b);
+        b->releaseSubjects();  // deferred, and b's own list is kept
+        EXPECT_EQ(b->getSubjects().size(), 2u);
     }
     // b had asked to leave, so only a hears of the end.
     EXPECT_EQ(log, (Log{"a:6"}));
     EXPECT_EQ(a.getSubjects(), (std::vector<Subject*>{&kept}));
-    // b's list still names the gone subject, which b's destruction at the
-    // end of this test must not reach.
-    EXPECT_EQ(b.getSubjects().size(), 1u);
 
-    // releaseObservers keeps the list: the observers are still notified.
+    // Destruction marks it on every subject still there; the next notify drops it.
+    delete b;
     log.clear();
-    kept.releaseObservers();
+    a.onNotify(&kept, Observer::eventAttach);
     kept.notify(&kept, 2);
-    EXPECT_EQ(log, (Log{"a:6", "a:2"}));
-    EXPECT_TRUE(a.getSubjects().empty());
-}
-
-TEST(SubjectTest, ObserverSideAttachReleaseAndDestruction)
-{
-    Log log;
-    Subject first;
-    Subject second;
-    auto* observer = new Recorder("o", log);
-    observer->onNotify(&first, Observer::eventAttach);
-    first.addObserver(observer);
-    second.addObserver(observer);
-    EXPECT_EQ(observer->getSubjects(), (std::vector<Subject*>{&first, &first, &second}));
+    EXPECT_EQ(log, (Log{"a:0", "a:2"}));
+    EXPECT_EQ(kept.getObservers().size(), 1u);
+    EXPECT_EQ(a.getSubjects(), (std::vector<Subject*>{&kept, &kept}));
 
     CaptureStdout out;
     Object notASubject;
-    observer->onNotify(&notASubject, Observer::eventAttach);
-    EXPECT_EQ(observer->getSubjects().size(), 3u);
+    a.onNotify(&notASubject, Observer::eventAttach);
+    EXPECT_EQ(a.getSubjects().size(), 2u);
     EXPECT_EQ(out.text(), "[Warning] Observer::onNotify: attach event from something that is not a subject, ignored\n");
-
-    // Release is deferred on the subjects and keeps the observer's own list.
-    observer->releaseSubjects();
-    EXPECT_EQ(observer->getSubjects().size(), 3u);
-    second.cleanObservers();
-    EXPECT_TRUE(second.getObservers().empty());
-
-    // Destruction marks it on every subject; the next notify drops it.
-    delete observer;
-    log.clear();
-    first.notify(&first, 1);
-    EXPECT_TRUE(log.empty());
-    EXPECT_TRUE(first.getObservers().empty());
 }
 
 }  // namespace
