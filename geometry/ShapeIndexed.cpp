@@ -455,12 +455,46 @@ Vector4D* ShapeIndexed::choose(bool plainWalk, std::vector<Vector4D*>* visited)
         slots[s] = ranks.slotAt(rank);
         if (measuring) {
             __builtin_prefetch(&measures[slots[s]]);
+            __builtin_prefetch(&rankNodes[slots[s]]);
         }
+    }
+    if (measuring) {
+        prefetchStale(slots, samples);
     }
     for (std::size_t s = 0; s < samples; ++s) {
         keep(ranks.keyAt(slots[s]), measureSlot(slots[s]));
     }
     return best;
+}
+
+void ShapeIndexed::prefetchStale(const std::size_t* slots, std::size_t count) const
+{
+    // A measure to redo reads a node, its triangles and their corners, each
+    // a separate block: ask for each level of all the stale samples at once.
+    const ShapeNode* stale[10];
+    std::size_t n = 0;
+    for (std::size_t s = 0; s < count; ++s) {
+        if (!measures[slots[s]].valid) {
+            stale[n] = rankNodes[slots[s]];
+            __builtin_prefetch(stale[n]);
+            ++n;
+        }
+    }
+    for (std::size_t s = 0; s < n; ++s) {
+        __builtin_prefetch(stale[s]->triangles.data());
+    }
+    for (std::size_t s = 0; s < n; ++s) {
+        for (const Triangle* t : stale[s]->triangles) {
+            __builtin_prefetch(t);
+        }
+    }
+    for (std::size_t s = 0; s < n; ++s) {
+        for (const Triangle* t : stale[s]->triangles) {
+            for (const Vector4D* p : t->points) {
+                __builtin_prefetch(p);
+            }
+        }
+    }
 }
 
 void ShapeIndexed::buildRanks()

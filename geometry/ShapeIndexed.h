@@ -98,6 +98,7 @@ private:
     // The same by rank slot, reading only the remembered value when valid.
     float measureSlot(std::size_t slot);
     void forgetMeasure(const ShapeNode* node);
+    void prefetchStale(const std::size_t* slots, std::size_t count) const;
     bool reduceTo(std::size_t target);
     void buildRanks();
     void moveRankAtDistance(std::size_t& rank, int step);
