@@ -11,21 +11,12 @@ namespace {
 using korvel::FactoryManager;
 using korvel::IFactory;
 
-class Widget : public ISerializable {
-public:
-    static const char* className;
-    const char* getInstanceClassName() const override { return className; }
+struct Widget : ISerializable {
+    const char* getInstanceClassName() const override { return "Widget"; }
     int size = 1;
-
     static ISerializable* make() { return new Widget(); }
-    static ISerializable* copy(const ISerializable& source)
-    {
-        auto* widget = new Widget();
-        widget->size = static_cast<const Widget&>(source).size;
-        return widget;
-    }
+    static ISerializable* copy(const ISerializable& source) { return new Widget(static_cast<const Widget&>(source)); }
 };
-const char* Widget::className = "Widget";
 
 // Counts its own deletions, to see who deletes factories and how often.
 class CountedFactory : public IFactory {

@@ -6,26 +6,19 @@ namespace {
 
 using korvel::MathExtended;
 
-TEST(MathExtendedTest, FadeIsARisingSmoothStepFlatAtBothEnds)
+TEST(MathExtendedTest, FadeLerpAndLogarithm)
 {
+    // A smooth step: fixed ends and middle, flat at both ends.
     EXPECT_EQ(MathExtended::fade(0.0f), 0.0f);
     EXPECT_FLOAT_EQ(MathExtended::fade(0.5f), 0.5f);
     EXPECT_FLOAT_EQ(MathExtended::fade(1.0f), 1.0f);
-    const float h = 1e-3f;
-    EXPECT_NEAR(MathExtended::fade(h) / h, 0.0f, 1e-4f);
-    EXPECT_NEAR((1.0f - MathExtended::fade(1.0f - h)) / h, 0.0f, 1e-3f);
-    for (float t = 0.01f; t <= 1.0f; t += 0.01f) {
-        EXPECT_GT(MathExtended::fade(t), MathExtended::fade(t - 0.01f)) << t;
-    }
-    Vector4D v(0.0f, 0.5f, 1.0f, 0.25f);
+    EXPECT_NEAR(MathExtended::fade(1e-3f) / 1e-3f, 0.0f, 1e-4f);
+    EXPECT_NEAR((1.0f - MathExtended::fade(1.0f - 1e-3f)) / 1e-3f, 0.0f, 1e-3f);
+    Vector4D v(0.0f, 0.25f, 1.0f, 0.25f);
     MathExtended::fade(v);
-    EXPECT_FLOAT_EQ(v.y, 0.5f);
+    EXPECT_FLOAT_EQ(v.y, MathExtended::fade(0.25f));
     EXPECT_EQ(v.w, 0.25f);
-}
 
-TEST(MathExtendedTest, LerpAndLogarithm)
-{
-    EXPECT_EQ(MathExtended::lerp(2.0f, 6.0f, 1.0f), 6.0f);
     EXPECT_FLOAT_EQ(MathExtended::lerp(2.0f, 6.0f, 0.25f), 3.0f);
     Vector4D out;
     MathExtended::lerp(out, Vector4D(0, 10, -2, 0), Vector4D(4, 20, 2, 0), 0.5f);

@@ -50,7 +50,7 @@ TEST(RandomTest, UniformDrawsStayInTheirClosedRangesAndReachBothEnds)
     EXPECT_EQ(std::rand(), second);
 }
 
-TEST(RandomTest, PointHashIsDeterministicSeededAndSigned)
+TEST(RandomTest, PointHashIsSeededAndSignedAndNoiseBlendsItContinuously)
 {
     const Vector4D p(1.25f, -3.5f, 8.0f, 1.0f);
     EXPECT_EQ(Random::aleaPoint(p, 3), Random::aleaPoint(p, 3));
@@ -63,36 +63,18 @@ TEST(RandomTest, PointHashIsDeterministicSeededAndSigned)
         low = std::min(low, value);
         high = std::max(high, value);
     }
-    EXPECT_GT(low, -1.0f);
-    EXPECT_LT(low, 0.0f);
-    EXPECT_GT(high, 0.0f);
-    EXPECT_LT(high, 1.0f);
-}
+    EXPECT_TRUE(low > -1.0f && low < 0.0f) << low;
+    EXPECT_TRUE(high > 0.0f && high < 1.0f) << high;
 
-TEST(RandomTest, NoiseMatchesCornerHashesAndBlendsBetweenThem)
-{
-    const Vector4D corner(8, -4, 12, 1);
-    float low = 1.0f;
-    float high = -1.0f;
+    // The corners of a cell give their hash; across a boundary it is continuous.
     for (int i = 0; i < 8; ++i) {
-        const Vector4D at = corner + Vector4D((i & 1) * 4.0f, (i >> 1 & 1) * 4.0f, (i >> 2) * 4.0f, 0);
-        const float h = Random::aleaPoint(at, 2);
-        EXPECT_FLOAT_EQ(Random::noise(at, 4, 2), h);
-        low = std::min(low, h);
-        high = std::max(high, h);
+        const Vector4D at = Vector4D(8, -4, 12, 1) + Vector4D((i & 1) * 4.0f, (i >> 1 & 1) * 4.0f, (i >> 2) * 4.0f, 0);
+        EXPECT_FLOAT_EQ(Random::noise(at, 4, 2), Random::aleaPoint(at, 2));
     }
-    // Inside a cell the value is a convex blend of the eight corner hashes.
-    for (float t = 0.05f; t < 1.0f; t += 0.1f) {
-        const float value = Random::noise(corner + Vector4D(4 * t, 4 * (1 - t), 4 * t * t, 0), 4, 2);
-        EXPECT_GE(value, low - 1e-6f);
-        EXPECT_LE(value, high + 1e-6f);
-    }
-    // Continuous across a cell boundary.
     EXPECT_NEAR(Random::noise(Vector4D(11.999f, -2, 13, 1), 4, 2), Random::noise(Vector4D(12.0f, -2, 13, 1), 4, 2),
                 1e-3f);
-
     CaptureStdout out;
-    EXPECT_EQ(Random::noise(corner, 0, 2), 0.0f);
+    EXPECT_EQ(Random::noise(p, 0, 2), 0.0f);
     EXPECT_EQ(out.text(), "[Warning] Random::noise: a cell size of 0 has no lattice, noise is 0\n");
 }
 
