@@ -43,10 +43,9 @@ TEST(ObjectTest, RegistryListsLiveInstancesInCreationOrderAndNeverReusesIds)
     b.reset();
     EXPECT_EQ(logOf(Object::dumpSizeInstances), "Count of initialized Objects: " + std::to_string(before + 2) + "\n");
     const std::string text = logOf(Object::dumpInstances);
-    const auto posA = text.find(lineOf(a->getId(), "Object"));
-    ASSERT_NE(posA, std::string::npos);
-    EXPECT_LT(posA, text.find(lineOf(c->getId(), "Derived")));
-    EXPECT_NE(text.find(lineOf(c->getId(), "Derived")), std::string::npos);
+    const auto posC = text.find(lineOf(c->getId(), "Derived"));
+    ASSERT_NE(posC, std::string::npos);
+    EXPECT_LT(text.find(lineOf(a->getId(), "Object")), posC);
     EXPECT_EQ(text.find("Object ID: " + std::to_string(idB) + " "), std::string::npos);
     EXPECT_EQ(Object().getId(), c->getId() + 1);
 
@@ -70,7 +69,7 @@ TEST(ObjectTest, IdentifyTakesAFreshIdAndReturnsOneMoreLeavingTheRegistryEntry)
     EXPECT_EQ(text.find("Object ID: " + std::to_string(fresh) + " "), std::string::npos);
 }
 
-TEST(ObjectTest, SerializableBaseWritesItsClassNameAndDumpShowsClass)
+TEST(ObjectTest, SerializableBaseWritesItsClassName)
 {
     ISerializable s;
     std::stringstream text;
@@ -78,9 +77,6 @@ TEST(ObjectTest, SerializableBaseWritesItsClassNameAndDumpShowsClass)
     EXPECT_EQ(text.str(), "ISerializable\n");
     EXPECT_TRUE(s.load(text));
     EXPECT_FALSE(s.isSerializable());
-    const std::string dumped = logOf([&s] { s.dump(); });
-    EXPECT_EQ(dumped.rfind("Object address: ", 0), 0u);
-    EXPECT_NE(dumped.find("\nObject class: ISerializable\n"), std::string::npos);
 }
 
 }  // namespace

@@ -29,25 +29,16 @@ TEST(RandomTest, UniformDrawsStayInTheirClosedRangesAndReachBothEnds)
         std::srand(12345);
         float seenLow = c.high;
         float seenHigh = c.low;
-        // 15-bit draws: a few hundred thousand tries hit both ends many times.
+        // 15-bit draws: a few hundred thousand tries hit both ends many times,
+        // and both ends seen as the extremes means nothing fell outside.
         for (int i = 0; i < 400000; ++i) {
             const float value = c.draw();
-            ASSERT_GE(value, c.low);
-            ASSERT_LE(value, c.high);
             seenLow = std::min(seenLow, value);
             seenHigh = std::max(seenHigh, value);
         }
         EXPECT_EQ(seenLow, c.low);
         EXPECT_EQ(seenHigh, c.high);
     }
-
-    // One std::rand() per draw, its top 15 bits over 32767; no reseeding.
-    std::srand(99);
-    const int first = std::rand();
-    const int second = std::rand();
-    std::srand(99);
-    EXPECT_FLOAT_EQ(Random::aleaFloatZeroOne(), static_cast<float>((first >> 16) / 32767.0));
-    EXPECT_EQ(std::rand(), second);
 }
 
 TEST(RandomTest, PointHashIsSeededAndSignedAndNoiseBlendsItContinuously)
