@@ -26,21 +26,21 @@ TEST(BufferTest, ValuesAreRawLittleEndianBytesReadBackInReverseOrder)
     EXPECT_EQ(std::memcmp(b.getData() + expected.size(), xyzw, 16), 0);
     EXPECT_EQ(std::memcmp(b.getData() + expected.size() + 16, m.m, 64), 0);  // storage order
 
-    Matrix4D mBack;
-    Vector4D v;
-    float f = 0;
-    double d = 0;
-    std::string s;
-    uint64_t u = 0;
-    int i = 0;
-    short h = 0;
-    bool flag = false;
-    ASSERT_TRUE(b.get(d) && b.get(f) && b.get(mBack) && b.get(v) && b.get(s) && b.get(u) && b.get(i) && b.get(h) &&
-                b.get(flag));
-    EXPECT_EQ(std::memcmp(mBack.m, m.m, 64), 0);
+    auto pop = [&b](auto value) {
+        EXPECT_TRUE(b.get(value));
+        return value;
+    };
+    EXPECT_EQ(pop(0.0), -0.25);
+    EXPECT_EQ(pop(0.0f), 1.5f);
+    EXPECT_EQ(std::memcmp(pop(Matrix4D()).m, m.m, 64), 0);
+    const Vector4D v = pop(Vector4D());
     EXPECT_TRUE(v.x == 1 && v.y == 2 && v.z == 3 && v.w == 4);
-    EXPECT_TRUE(d == -0.25 && f == 1.5f && s == "ab" && u == 0x1122334455667788 && i == 0x01020304 && h == -2 && flag);
-    EXPECT_FALSE(b.get(flag));
+    EXPECT_EQ(pop(std::string()), "ab");
+    EXPECT_EQ(pop(uint64_t{0}), 0x1122334455667788u);
+    EXPECT_EQ(pop(0), 0x01020304);
+    EXPECT_EQ(pop(short{0}), -2);
+    EXPECT_TRUE(pop(false));
+    EXPECT_EQ(b.getUsed(), 0u);
 }
 
 TEST(BufferTest, NoWriteOrReadGoesPastTheBounds)

@@ -16,11 +16,7 @@
 #include <chrono>
 #include <cstring>
 #include <filesystem>
-#include <iterator>
-#include <memory>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace nettest {
 
