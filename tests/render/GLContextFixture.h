@@ -16,8 +16,6 @@
 
 class GLContextFixture : public ::testing::Test {
 public:
-    static constexpr int windowSize = 64;
-
     static void SetUpTestSuite()
     {
         if (glfwInit() == GLFW_FALSE) {
@@ -25,7 +23,7 @@ public:
         }
         glfwWindowHint(GLFW_VISIBLE, GLFW_FALSE);
         glfwWindowHint(GLFW_RESIZABLE, GLFW_FALSE);
-        window = glfwCreateWindow(windowSize, windowSize, "render tests", nullptr, nullptr);
+        window = glfwCreateWindow(64, 64, "render tests", nullptr, nullptr);
         if (window == nullptr) {
             return;
         }
