@@ -38,15 +38,18 @@ TEST(InterpreterTest, TextModeDropsCarriageReturnsBeforeLineEndsAndEndsEveryLine
     }
 
     // Neither a directory, nor a pipe without a writer (a plain open would
-    // block), nor an endless device.
+    // block), nor an endless device, nor a file past the size bound (sparse,
+    // so it costs no disk).
     const std::string fifo = std::string(KORVEL_BINARY_DIR) + "parser-fifo";
     ::unlink(fifo.c_str());
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    ASSERT_EQ(::truncate(file.c_str(), static_cast<off_t>(korvel::maxTextFileSize) + 1), 0);
     std::string untouched = "same";
-    for (const std::string& bad : {data + "missing.txt", data, fifo, std::string("/dev/zero")}) {
+    for (const std::string& bad : {data + "missing.txt", data, fifo, std::string("/dev/zero"), file}) {
         EXPECT_FALSE(readTextLines(bad, untouched)) << bad;
     }
     ::unlink(fifo.c_str());
+    ::unlink(file.c_str());
     EXPECT_EQ(untouched, "same");
 }
 
