@@ -20,6 +20,11 @@ const char* Derived::className = "Derived";
 // Forgets to override getInstanceClassName, so it is listed as its base.
 class Forgetful : public Derived {};
 
+class Renamable : public Object {
+public:
+    void restoreId(int32_t value) { id = value; }
+};
+
 std::string logOf(const std::function<void()>& action)
 {
     CaptureStdout out;
@@ -57,16 +62,17 @@ TEST(ObjectTest, RegistryListsLiveInstancesInCreationOrderAndNeverReusesIds)
 
 TEST(ObjectTest, IdentifyTakesAFreshIdAndReturnsOneMoreLeavingTheRegistryEntry)
 {
-    // Never deleted: the registry keeps listing it under its old id, which
-    // its destructor would not remove.
-    auto* o = new Object();
-    const int32_t oldId = o->getId();
+    Renamable o;  // listed as Object, like Forgetful
+    const int32_t oldId = o.getId();
     const int32_t fresh = Object().getId() + 1;
-    EXPECT_EQ(o->identify(), fresh + 1);
-    EXPECT_EQ(o->getId(), fresh);
+    EXPECT_EQ(o.identify(), fresh + 1);
+    EXPECT_EQ(o.getId(), fresh);
     const std::string text = logOf(Object::dumpInstances);
     EXPECT_NE(text.find(lineOf(oldId, "Object")), std::string::npos);
     EXPECT_EQ(text.find("Object ID: " + std::to_string(fresh) + " "), std::string::npos);
+    // Back under the id it is registered with, so that its destructor leaves
+    // no stale entry behind.
+    o.restoreId(oldId);
 }
 
 TEST(ObjectTest, SerializableBaseWritesItsClassName)
