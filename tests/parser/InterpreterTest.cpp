@@ -24,7 +24,6 @@ TEST(InterpreterTest, TextModeDropsCarriageReturnsBeforeLineEndsAndEndsEveryLine
         {"a\nb", "a\nb\n"},
         {"a\r\nb\r\n", "a\nb\n"},
         {"a\r", "a\n"},
-        {"\r\n", "\n"},
         {"a\rb\n", "a\rb\n"},
         {"a\r\r\n", "a\r\n"},
         {"\n\n", "\n\n"},
