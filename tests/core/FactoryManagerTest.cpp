@@ -43,6 +43,7 @@ TEST_F(FactoryManagerTest, CreatesByNameAndCopiesByInstanceClassOrGivesNull)
     new IFactory("Widget", &Widget::make, &Widget::copy);
     new IFactory("Empty", nullptr, nullptr);
     std::unique_ptr<ISerializable> made(manager().createObject("Widget"));
+    ASSERT_NE(made, nullptr);
     EXPECT_STREQ(made->getInstanceClassName(), "Widget");
     Widget source;
     source.size = 42;
