@@ -4,7 +4,7 @@
 
 #include "app/Application3D.h"
 #include "app/ApplicationManager3D.h"
-#include "render/GLContextFixture.h"
+#include "support/GLContextFixture.h"
 #include "scene/World.h"
 #include "support/CaptureStdout.h"
 

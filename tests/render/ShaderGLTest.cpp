@@ -1,4 +1,4 @@
-#include "GLContextFixture.h"
+#include "support/GLContextFixture.h"
 #include "TestShaderSources.h"
 #include "support/CaptureStdout.h"
 

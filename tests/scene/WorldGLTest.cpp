@@ -2,7 +2,7 @@
 // the projection only when a scene setter asked for it. Values are read back
 // from the driver.
 
-#include "render/GLContextFixture.h"
+#include "support/GLContextFixture.h"
 #include "render/ShaderProgramBase.h"
 #include "render/ShaderProgramManagerBase.h"
 #include "scene/World.h"
