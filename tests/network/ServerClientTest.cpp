@@ -162,9 +162,7 @@ TEST(ServerClientTest, StartAndStopInEveryOrderLeaveNothingBehind)
     // of its own when the process makes its first thread.
     std::vector<std::size_t> before;
     for (int round = 0; round < 25; ++round) {
-        if (round == 1) {
-            before = nettest::census();
-        }
+        before = round == 1 ? nettest::census() : before;
         auto server = nettest::startServer();
         auto client = nettest::startClient(server->getSocket().getLocalPort());
         Buffer request(32);
