@@ -10,8 +10,10 @@
 // return it, so that a base pointer tells the real class.
 // Main thread only.
 
+#include <cstddef>
 #include <cstdint>
-#include <map>
+
+class InstanceRegistry;
 
 class Object {
 public:
@@ -48,7 +50,7 @@ protected:
     bool alive;
 
 private:
-    static std::map<int32_t, Object*>& registry();
+    static InstanceRegistry& registry();
     static void enter(Object* object);
     static int32_t counter;
 };
