@@ -89,7 +89,6 @@ TEST(TriangleTest, QueriesOnPointsAndNormals)
     EXPECT_TRUE(same(t.getNormal(), Vector4D(0, 0, 9, 0)));
     EXPECT_TRUE(t == Triangle(pt(0, 3, 0), pt(0, 0, 0), pt(3, 0, 0)));
     EXPECT_FALSE(t == Triangle(pt(0, 3, 0), pt(0, 0, 0), pt(3, 0.1f, 0)));
-    EXPECT_FALSE(t.hasPoint(pt(3, 0, 1)));
 
     EXPECT_EQ(t.getNormal(pt(3, 0, 0)), nullptr);
     EXPECT_TRUE(t.setNormal(pt(3, 0, 0), Vector4D(0, 0, 1, 0)));
@@ -108,7 +107,7 @@ TEST(TriangleTest, QueriesOnPointsAndNormals)
     EXPECT_EQ(flat.getNearestExcluded(flat.points[0]), nullptr);
 }
 
-TEST(TriangleTest, TransformEnlargeAndLinkedReplacement)
+TEST(TriangleTest, TransformAndLinkedReplacement)
 {
     const Vector4D n(0, 0, 2, 0);
     Triangle t(pt(1, 0, 0), pt(0, 1, 0), pt(0, 0, 1), nullptr, &n, nullptr, nullptr);
@@ -119,10 +118,6 @@ TEST(TriangleTest, TransformEnlargeAndLinkedReplacement)
     EXPECT_NEAR(t.points[0]->x, 10.0f, 1e-5f);
     EXPECT_NEAR(t.points[0]->y, 1.0f, 1e-5f);
     EXPECT_NEAR(t.normals[0]->z, 1.0f, 1e-6f);  // renormalised, translation ignored (w = 0)
-
-    t.enlarge(2.0f);
-    EXPECT_NEAR(t.points[0]->y, 2.0f, 1e-5f);
-    EXPECT_TRUE(t.points[0]->z == 1.0f && t.points[0]->w == 2.0f);  // z overwritten, w scaled
 
     CaptureStdout out;
     Vector4D other = pt(4, 4, 4);
@@ -145,28 +140,16 @@ TEST(TriangleTest, LineTestAgreesWithBarycentricReferenceWhateverTheDirectionSig
     int agreed = 0;
     for (int i = 0; i < 2000; ++i) {
         const Triangle t(anywhere(), anywhere(), anywhere());
-        const Vector4D o = anywhere();
-        const Vector4D d = anywhere() - pt(0, 0, 0);
-        // Lines nearly parallel to the plane or grazing an edge may go either
-        // way in float; skip those.
-        const Vector4D n = t.getNormal();
-        if (std::fabs(n.scal3D(d)) < 1e-3f * n.norm3D() * d.norm3D()) {
-            continue;
-        }
-        const bool expected = crossesByBarycentre(*t.points[0], *t.points[1], *t.points[2], o, d);
-        bool grazing = false;
-        for (int shift = 0; shift < 6; ++shift) {
-            Vector4D moved = o;
-            moved.setValue(o.getValue(shift % 3) + (shift < 3 ? 1e-3f : -1e-3f), shift % 3);
-            grazing = grazing || crossesByBarycentre(*t.points[0], *t.points[1], *t.points[2], moved, d) != expected;
-        }
-        if (!grazing) {
-            ASSERT_EQ(t.isIntersectingLine(o, d), expected) << "case " << i;
-            ASSERT_EQ(t.isIntersectingLine(o, d * -1.0f), expected) << "case " << i;
+        const Vector4D o = anywhere(), d = anywhere() - pt(0, 0, 0);
+        const float margin = barycentricMargin(*t.points[0], *t.points[1], *t.points[2], o, d);
+        // Lines grazing an edge may go either way in float; skip those.
+        if (std::fabs(margin) > 1e-3f) {
+            ASSERT_EQ(t.isIntersectingLine(o, d), margin > 0) << "case " << i;
+            ASSERT_EQ(t.isIntersectingLine(o, d * -1.0f), margin > 0) << "case " << i;
             ++agreed;
         }
     }
-    EXPECT_GT(agreed, 1500);
+    EXPECT_GT(agreed, 1900);
 }
 
 TEST(TriangleTest, SaveLoadKeepsFlagsPointsAndNormalsButNotMapCoordinates)
