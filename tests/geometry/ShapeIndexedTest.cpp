@@ -47,8 +47,7 @@ std::string inconsistency(const ShapeIndexed& s)
             }
             users[p].insert(t);
         }
-        if (t->points[0] == t->points[1] || t->points[1] == t->points[2] || t->points[0] == t->points[2]
-            || !t->isTriangle()) {
+        if (!t->isTriangle()) {  // also catches two corners on one shared point
             return "degenerate triangle";
         }
     }
@@ -71,29 +70,23 @@ std::string inconsistency(const ShapeIndexed& s)
     }
     std::list<ShapeNode*> values;
     s.getOctree().getList(values);
-    for (const ShapeNode* n : values) {
-        if (live.count(n) == 0) {
-            return "octree holds a removed node";
-        }
-    }
-    if (values.size() != s.getOctree().size() || values.size() > index.size()) {
-        return "octree holds more than the index";
+    if (values.size() != s.getOctree().size() || values.size() > index.size()
+        || std::any_of(values.begin(), values.end(), [&](const ShapeNode* n) { return live.count(n) == 0; })) {
+        return "octree holds a removed node, or more than the index";
     }
     return "";
 }
 
-std::unique_ptr<Shape> sphere(int division, float radius = 1.0f)
+template <typename Primitive>
+std::unique_ptr<Shape> generated(Primitive primitive, int division)
 {
-    Sphere s(pt(0, 0, 0), radius);
-    s.setDivision(division);
-    return std::unique_ptr<Shape>(s.createShape());
+    primitive.setDivision(division);
+    return std::unique_ptr<Shape>(primitive.createShape());
 }
 
-std::unique_ptr<Shape> cylinder(int division, bool closed)
+std::unique_ptr<Shape> sphere(int division, float radius = 1.0f)
 {
-    Cylinder c(pt(1, -2, 0.5f), pt(3, 1, 4), 1.5f, 0.75f, closed);
-    c.setDivision(division);
-    return std::unique_ptr<Shape>(c.createShape());
+    return generated(Sphere(pt(0, 0, 0), radius), division);
 }
 
 // n x n quads in a plane, with a border: an open surface. With duplicates,
@@ -127,11 +120,15 @@ std::unique_ptr<ShapeIndexed> indexed(const Shape& mesh)
     return s;
 }
 
-TEST(ShapeIndexedTest, StaysConsistentThroughReductionsAndRemovalsOnVariedMeshes)
+TEST(ShapeIndexedTest, StaysConsistentThroughReductionsRemovalsAndMovesOnVariedMeshes)
 {
     CaptureStdout quiet;
-    std::unique_ptr<Shape> meshes[] = {sphere(20), sphere(36, 50.0f), cylinder(24, true),
-                                       cylinder(30, false), grid(14), grid(12, true)};
+    Matrix4D move = Matrix4D::getI4();
+    move.setPosition(3.0f, -1.0f, 2.0f);
+    const Vector4D from = pt(1, -2, 0.5f), to = pt(3, 1, 4);
+    std::unique_ptr<Shape> meshes[] = {sphere(20), sphere(36, 50.0f), grid(14), grid(12, true),
+                                       generated(Cylinder(from, to, 1.5f, 0.75f, true), 24),
+                                       generated(Cylinder(from, to, 1.5f, 0.75f, false), 30)};
     for (const auto& mesh : meshes) {
         for (float ratio : {0.9f, 0.5f, 0.2f, 0.05f}) {
             for (unsigned seed : {1u, 7u, 42u}) {
@@ -143,6 +140,8 @@ TEST(ShapeIndexedTest, StaysConsistentThroughReductionsAndRemovalsOnVariedMeshes
                 ASSERT_EQ(inconsistency(*s), "") << "ratio " << ratio << " seed " << seed;
                 EXPECT_LE(s->getPointCount(), target);
                 EXPECT_LE(s->getTriangleCount(), triangles);
+                s->transform(move);  // the octree must follow the moved points
+                ASSERT_EQ(inconsistency(*s), "");
                 // Triangle removals interleaved with a second reduction.
                 for (int n = 0; n < 5 && s->getTriangleCount() > 0; ++n) {
                     Triangle* t = *std::next(s->getTriangles().begin(), std::rand() % s->getTriangleCount());
@@ -159,36 +158,10 @@ TEST(ShapeIndexedTest, StaysConsistentThroughReductionsAndRemovalsOnVariedMeshes
     }
 }
 
-TEST(ShapeIndexedTest, SharesPointsRefusesDegenerateTrianglesAndHandsRemovedOnesBackOwned)
-{
-    ShapeIndexed s;
-    s.addTriangle(new Triangle(pt(0, 0, 0), pt(1, 0, 0), pt(0, 1, 0)));
-    s.addTriangle(new Triangle(pt(1, 0, 0), pt(1, 1, 0), pt(0, 1, 0)));
-    CaptureStdout out;
-    s.addTriangle(new Triangle(pt(0, 0, 0), pt(0, 0, 0), pt(3, 3, 0)));
-    EXPECT_EQ(out.text(), "[Warning] degenerate triangle refused by ShapeIndexed\n");
-    ASSERT_EQ(s.getTriangleCount(), 2u);
-    EXPECT_EQ(s.getPointCount(), 4u);
-    Triangle* b = s.getTriangles().back();
-    const Triangle* a = s.getTriangles().front();
-    EXPECT_TRUE(a->points[1] == b->points[0] && a->points[2] == b->points[2]);
-    EXPECT_TRUE(s.hasTriangle(Triangle(pt(0, 1, 0), pt(1, 1, 0), pt(1, 0, 0))));
-
-    // Removing a triangle drops the point only it used; the triangle comes
-    // back owning copies of its corners.
-    EXPECT_TRUE(s.removeTriangle(b));
-    EXPECT_FALSE(s.removeTriangle(b));
-    EXPECT_EQ(s.getPointCount(), 3u);
-    EXPECT_TRUE(b->isOwned() && *b->points[1] == pt(1, 1, 0));
-    delete b;
-    EXPECT_EQ(inconsistency(s), "");
-}
-
 TEST(ShapeIndexedTest, ReductionRefusesBadRatiosAndHalvesAClosedMeshOfHundredPoints)
 {
-    Cylinder c(pt(0, 0, 0), 4.0f, 1.0f);
-    c.setDivision(49);  // two rims of 49 and the two disc centres
-    std::unique_ptr<Shape> mesh(c.createShape());
+    // Two rims of 49 and the two disc centres.
+    std::unique_ptr<Shape> mesh = generated(Cylinder(pt(0, 0, 0), 4.0f, 1.0f), 49);
     auto s = indexed(*mesh);
     ASSERT_EQ(s->getPointCount(), 100u);
     const std::size_t triangles = s->getTriangleCount();
@@ -272,7 +245,7 @@ TEST(ShapeIndexedTest, SmallShapesSampleConsecutivePointsAndStrideWraps)
     EXPECT_EQ(walker->first, keys[2]);
 }
 
-TEST(ShapeIndexedTest, CollapseMovesPointOntoNearestNeighbourAndReportsMisuse)
+TEST(ShapeIndexedTest, SmallFanSharesPointsCollapsesAndReportsMisuse)
 {
     // A fan around the centre (0, 0, 0); (0.5, 0, 0) is its nearest neighbour.
     ShapeIndexed s;
@@ -281,6 +254,14 @@ TEST(ShapeIndexedTest, CollapseMovesPointOntoNearestNeighbourAndReportsMisuse)
     for (int i = 0; i < 4; ++i) {
         s.addTriangle(new Triangle(centre, ring[i], ring[(i + 1) % 4]));
     }
+    {
+        CaptureStdout out;
+        s.addTriangle(new Triangle(centre, centre, ring[1]));
+        EXPECT_EQ(out.text(), "[Warning] degenerate triangle refused by ShapeIndexed\n");
+    }
+    ASSERT_EQ(s.getTriangleCount(), 4u);
+    EXPECT_EQ(s.getPointCount(), 5u);  // twelve corners on five shared points
+    EXPECT_TRUE(s.hasTriangle(Triangle(ring[1], centre, ring[0])));
     ShapeNode* node = s.getPointDataByValue(centre);
     float distance = 0.0f;
     EXPECT_EQ(node->getMinDistancePointExcluded(node->point, distance), s.getPointDataByValue(ring[0])->point);
@@ -309,16 +290,24 @@ TEST(ShapeIndexedTest, CollapseMovesPointOntoNearestNeighbourAndReportsMisuse)
         EXPECT_FALSE(misuse());
         EXPECT_EQ(out.text(), message);
     }
+
+    // A removed triangle comes back owning copies of its corners; the point
+    // only it used goes.
+    Triangle* last = s.getTriangles().back();
+    EXPECT_TRUE(s.removeTriangle(last));
+    EXPECT_FALSE(s.removeTriangle(last));
+    EXPECT_TRUE(last->isOwned() && *last->points[2] == ring[3]);
+    delete last;
+    EXPECT_EQ(s.getPointCount(), 3u);
     EXPECT_EQ(inconsistency(s), "");
 
     // A node still in use takes its triangles along.
-    ShapeNode* inUse = s.getPointDataByValue(ring[0]);
-    EXPECT_TRUE(s.removeNode(inUse));
+    EXPECT_TRUE(s.removeNode(s.getPointDataByValue(ring[0])));
     EXPECT_EQ(s.getTriangleCount(), 0u);
     EXPECT_EQ(inconsistency(s), "");
 }
 
-TEST(ShapeIndexedTest, IndexesNormalsBoundsAndTransformFollowTheSharedPoints)
+TEST(ShapeIndexedTest, IndexesNormalsAndBoundsFollowTheSharedPoints)
 {
     auto s = indexed(*sphere(24, 2.0f));
     s->computeIndexes();
@@ -337,17 +326,7 @@ TEST(ShapeIndexedTest, IndexesNormalsBoundsAndTransformFollowTheSharedPoints)
     EXPECT_NEAR(lo.z, -2.0f, 1e-5f);
     EXPECT_NEAR(hi.z, 2.0f, 1e-5f);
     EXPECT_EQ(low.y, lo.y);
-
-    Matrix4D move = Matrix4D::getI4();
-    move.setPosition(10.0f, 0.0f, 0.0f);
-    s->transform(move);
-    EXPECT_FALSE(s->areIndexesComputed());
-    EXPECT_NE(s->getPointDataByValue(pt(10, 0, 2)), nullptr);
-    EXPECT_EQ(s->getPointDataByValue(pt(0, 0, 2)), nullptr);
-    EXPECT_EQ(inconsistency(*s), "");
-
-    ShapeIndexed empty;
-    EXPECT_FALSE(empty.getLimits(lo, hi) || empty.getMinPointY(low));
+    EXPECT_FALSE(ShapeIndexed().getLimits(lo, hi) || ShapeIndexed().getMinPointY(low));
 }
 
 TEST(ShapeIndexedTest, CopiesAreIndependentAndSurviveTheOriginal)
