@@ -25,6 +25,11 @@ using korvel::TriangleTextured;
 
 namespace {
 
+Triangle* unit(float z = 0.0f, const Material* m = nullptr)
+{
+    return new Triangle(pt(0, 0, z), pt(1, 0, z), pt(0, 1, z), m, nullptr, nullptr, nullptr);
+}
+
 TEST(ShapeTest, QuadInsertionFollowsTheDegenerateRules)
 {
     const Vector4D a = pt(0, 0, 0), b = pt(1, 0, 0), c = pt(1, 1, 0), d = pt(0, 1, 0);
@@ -125,24 +130,21 @@ TEST(ShapeTest, NearestFacingTriangleMatchesABruteForcePick)
 
 TEST(ShapeTest, EqualityIgnoresOrderButCountsListEntries)
 {
-    Shape a, b;
-    a.addTriangle(new Triangle(pt(0, 0, 0), pt(1, 0, 0), pt(0, 1, 0)));
+    Shape a, b, twice, distinct;
+    a.addTriangle(unit());
     a.addTriangle(new Triangle(pt(5, 0, 0), pt(6, 0, 0), pt(5, 1, 0)));
     b.addTriangle(new Triangle(pt(6, 0, 0), pt(5, 1, 0), pt(5, 0, 0)));
-    b.addTriangle(new Triangle(pt(0, 0, 0), pt(1, 0, 0), pt(0, 1, 0)));
-    EXPECT_TRUE(a == b);
-    EXPECT_TRUE(Shape() == Shape());
-    b.addTriangle(new Triangle(pt(0, 0, 0), pt(1, 0, 0), pt(0, 1, 0)));
+    b.addTriangle(unit());
+    EXPECT_TRUE(a == b && Shape() == Shape());
+    b.addTriangle(unit());
     EXPECT_FALSE(a == b);
 
     // One pointer listed twice is matched once and then gone entirely.
-    Shape twice;
-    auto* t = new Triangle(pt(0, 0, 0), pt(1, 0, 0), pt(0, 1, 0));
+    Triangle* t = unit();
     twice.addTriangle(t);
     twice.addTriangle(t);
-    Shape distinct;
-    distinct.addTriangle(new Triangle(*t));
-    distinct.addTriangle(new Triangle(*t));
+    distinct.addTriangle(unit());
+    distinct.addTriangle(unit());
     EXPECT_FALSE(twice == distinct);
     EXPECT_TRUE(twice.removeTriangle(t) && twice.removeTriangle(t));
     EXPECT_FALSE(twice.removeTriangle(t));
@@ -154,32 +156,28 @@ TEST(ShapeTest, CopiesEnlargeDrainAndSerialisation)
     const Material red("red"), blue("blue");
     const Vector4D uv(0.5f, 0.5f, 0, 0);
     Shape s;
-    s.addTriangle(new Triangle(pt(0, 0, 0), pt(1, 0, 0), pt(0, 1, 0), &red, nullptr, nullptr, nullptr));
+    s.addTriangle(unit(0, &red));
     s.addTriangle(new TriangleTextured(pt(0, 0, 1), pt(1, 0, 1), pt(0, 1, 1), &blue, nullptr, nullptr, nullptr, &uv,
                                        &uv, &uv));
-    s.addTriangle(new Triangle(pt(0, 0, 2), pt(1, 0, 2), pt(0, 1, 2), &red, nullptr, nullptr, nullptr));
-
+    s.addTriangle(unit(2, &red));
     Shape copy(s), assigned;
     assigned = s;
     EXPECT_TRUE(copy == s && assigned == s);
     EXPECT_NE(copy.getTriangles().front(), s.getTriangles().front());
     const auto* texturedCopy = dynamic_cast<const TriangleTextured*>(*std::next(copy.getTriangles().begin()));
     EXPECT_TRUE(texturedCopy != nullptr && *texturedCopy->mapCoords[0] == uv);
-
     copy.enlarge(2.0f);  // by the matrix: w stays 1, unlike Triangle::enlarge
     EXPECT_TRUE(*copy.getTriangles().back()->points[1] == pt(2, 0, 4));
 
     // Drained in source order; from an indexed shape the triangles take
     // their own points.
-    Shape reds;
+    Shape reds, fromIndexed;
     reds.drainShapeOfMaterial(&s, &red);
     reds.drainShapeOfMaterial(nullptr, &red);
-    EXPECT_EQ(s.getTriangleCount(), 1u);
     ASSERT_EQ(reds.getTriangleCount(), 2u);
-    EXPECT_EQ(reds.getTriangles().back()->points[0]->z, 2.0f);
+    EXPECT_TRUE(s.getTriangleCount() == 1u && reds.getTriangles().back()->points[0]->z == 2.0f);
     ShapeIndexed indexed;
     indexed.copyTriangles(assigned.getTriangles());
-    Shape fromIndexed;
     fromIndexed.drainShapeOfMaterial(&indexed, &red);
     EXPECT_EQ(indexed.getPointCount(), 3u);
     ASSERT_EQ(fromIndexed.getTriangleCount(), 2u);

@@ -37,9 +37,6 @@ void link(Triangle& t, Vector4D* points)
 
 TEST(TriangleTest, ConstructionOwnershipAndCopies)
 {
-    Triangle placeholder;
-    EXPECT_FALSE(placeholder.isTriangle());  // first and last corners coincide
-
     const Material m("steel");
     const Vector4D n(0, 0, 1, 0);
     Triangle full(pt(0, 0, 0), pt(1, 0, 0), pt(0, 1, 0), &m, &n, nullptr, &n);
