@@ -55,21 +55,29 @@ TEST(TriangleTest, ConstructionOwnershipAndCopies)
     delete adopted;  // frees the adopted points (the sanitizer build checks it)
 }
 
-TEST(TriangleTest, AssignmentMakesTheTargetOwnedWithoutTouchingLinkedPoints)
+TEST(TriangleTest, LinkedTrianglesReplaceLinksAndBecomeOwnedByAssignment)
 {
     Vector4D shared[3] = {pt(5, 5, 5), pt(6, 5, 5), pt(5, 6, 5)};
+    Vector4D other = pt(4, 4, 4);
     auto* linked = new Triangle();
     link(*linked, shared);
+    CaptureStdout out;
+    EXPECT_TRUE(linked->replaceLinked(&shared[2], &other));
+    EXPECT_EQ(linked->points[2], &other);
+    EXPECT_FALSE(linked->replaceLinked(&shared[2], &other));
+    EXPECT_EQ(out.text(), "[warning] attempt to replace no existing linked point in Triangle\n");
+
+    out.clear();
     const Vector4D n(0, 0, 1, 0);
     const Triangle source(pt(0, 0, 0), pt(2, 0, 0), pt(0, 2, 0), nullptr, &n, &n, nullptr);
-    CaptureStdout out;
     *linked = source;
     EXPECT_EQ(out.text(), "[ERROR] assignment to not owned triangle\n");
     EXPECT_TRUE(linked->isOwned() && same(*linked->points[1], pt(2, 0, 0)) && linked->normals[2] == nullptr);
-    delete linked;  // owns fresh points now; the shared ones stay alive
-    EXPECT_TRUE(same(shared[1], pt(6, 5, 5)));
+    delete linked;  // owns fresh points now; the linked ones stay alive
+    EXPECT_TRUE(same(shared[1], pt(6, 5, 5)) && same(other, pt(4, 4, 4)));
 
-    // An owned target keeps its objects and drops the normals the source lacks.
+    // An owned target keeps its objects and drops the normals the source
+    // lacks; it cannot take links.
     Triangle target(pt(1, 1, 1), pt(2, 2, 2), pt(3, 3, 3), nullptr, &n, &n, &n);
     Vector4D* before = target.points[0];
     out.clear();
@@ -77,9 +85,11 @@ TEST(TriangleTest, AssignmentMakesTheTargetOwnedWithoutTouchingLinkedPoints)
     EXPECT_EQ(out.text(), "");
     EXPECT_TRUE(target.points[0] == before && same(*before, pt(7, 0, 0)));
     EXPECT_FALSE(target.hasNormals());
+    EXPECT_FALSE(target.replaceLinked(target.points[0], &other));
+    EXPECT_EQ(out.text(), "[warning] attempt to replace owned points by links in Triangle\n");
 }
 
-TEST(TriangleTest, QueriesOnPointsAndNormals)
+TEST(TriangleTest, QueriesAndTransformOnPointsAndNormals)
 {
     Triangle t(pt(0, 0, 0), pt(3, 0, 0), pt(0, 3, 0));
     EXPECT_TRUE(same(t.getIsoBaryCenter(), Vector4D(1, 1, 0, 4.0f / 3.0f)));
@@ -102,32 +112,17 @@ TEST(TriangleTest, QueriesOnPointsAndNormals)
     EXPECT_EQ(sliver.getNearestExcluded(&outside), sliver.points[0]);
     Triangle flat(pt(1, 1, 1), pt(1, 1, 1), pt(1, 1, 1));
     EXPECT_EQ(flat.getNearestExcluded(flat.points[0]), nullptr);
-}
 
-TEST(TriangleTest, TransformAndLinkedReplacement)
-{
-    const Vector4D n(0, 0, 2, 0);
-    Triangle t(pt(1, 0, 0), pt(0, 1, 0), pt(0, 0, 1), nullptr, &n, nullptr, nullptr);
+    // Points turn and move; normals only turn, and are renormalised.
     Matrix4D m = Matrix4D::getI4();
     m.rotZ(static_cast<float>(M_PI / 2));
     m.setPosition(10.0f, 0.0f, 0.0f);
+    t.setNormal(pt(0, 0, 0), Vector4D(2, 0, 0, 0));
     t.transform(m);
-    EXPECT_NEAR(t.points[0]->x, 10.0f, 1e-5f);
-    EXPECT_NEAR(t.points[0]->y, 1.0f, 1e-5f);
-    EXPECT_NEAR(t.normals[0]->z, 1.0f, 1e-6f);  // renormalised, translation ignored (w = 0)
-
-    CaptureStdout out;
-    Vector4D other = pt(4, 4, 4);
-    EXPECT_FALSE(t.replaceLinked(t.points[0], &other));
-    EXPECT_EQ(out.text(), "[warning] attempt to replace owned points by links in Triangle\n");
-    out.clear();
-    Vector4D shared[3] = {pt(0, 0, 0), pt(1, 0, 0), pt(0, 1, 0)};
-    Triangle linked;
-    link(linked, shared);
-    EXPECT_TRUE(linked.replaceLinked(&shared[1], &other));
-    EXPECT_EQ(linked.points[1], &other);
-    EXPECT_FALSE(linked.replaceLinked(&shared[1], &other));
-    EXPECT_EQ(out.text(), "[warning] attempt to replace no existing linked point in Triangle\n");
+    EXPECT_NEAR(t.points[1]->x, 10.0f, 1e-5f);
+    EXPECT_NEAR(t.points[1]->y, 3.0f, 1e-5f);
+    EXPECT_NEAR(t.normals[0]->y, 1.0f, 1e-6f);
+    EXPECT_NEAR(t.normals[0]->x, 0.0f, 1e-6f);
 }
 
 TEST(TriangleTest, LineTestAgreesWithBarycentricReferenceWhateverTheDirectionSign)
