@@ -220,11 +220,14 @@ bool ShapeIndexed::removeNode(ShapeNode* node)
         return false;
     }
     Vector4D* point = node->point;
-    index.erase(point);
-    pointNodes.erase(point);
     if (ranksValid) {
+        // The remembered entry spares a walk down the tree.
+        index.erase(rankEntries[node->rankSlot]);
         ranks.eraseSlot(node->rankSlot);
+    } else {
+        index.erase(point);
     }
+    pointNodes.erase(point);
     if (!octreeDeferred) {
         octree.removeValue(*point, node);
     }
@@ -506,10 +509,13 @@ void ShapeIndexed::buildRanks()
     keys.reserve(index.size());
     rankNodes.clear();
     rankNodes.reserve(index.size());
-    for (const auto& entry : index) {
-        entry.second->rankSlot = static_cast<uint32_t>(keys.size());
-        keys.push_back(entry.first);
-        rankNodes.push_back(entry.second);
+    rankEntries.clear();
+    rankEntries.reserve(index.size());
+    for (auto entry = index.begin(); entry != index.end(); ++entry) {
+        entry->second->rankSlot = static_cast<uint32_t>(keys.size());
+        keys.push_back(entry->first);
+        rankNodes.push_back(entry->second);
+        rankEntries.push_back(entry);
     }
     ranks.assign(std::move(keys));
     ranksValid = true;
@@ -625,6 +631,7 @@ void ShapeIndexed::releaseIndex()
     octree.clear();
     ranks.clear();
     rankNodes.clear();
+    rankEntries.clear();
     ranksValid = false;
     removedPoints.clear();
     removedLookup.clear();

@@ -139,6 +139,8 @@ private:
     RankedSet<Vector4D*> ranks;
     // The node of each rank slot, beside the keys.
     std::vector<ShapeNode*> rankNodes;
+    // The index entry of each rank slot, valid while its key is present.
+    std::vector<PointsIndex::iterator> rankEntries;
     bool ranksValid = false;
     // Measures are remembered only within one reduction, where every change
     // to the triangles goes through this shape and forgets what it touches.
