@@ -596,8 +596,18 @@ void ShapeIndexed::rebuildOctree()
     std::vector<ShapeNode*>& order = octreeOrder;
     order.clear();
     order.reserve(index.size());
-    for (const auto& entry : index) {
-        order.push_back(entry.second);
+    if (ranksValid) {
+        // The present rank slots are the index in its order, read from two
+        // arrays instead of a walk over the tree's scattered entries.
+        for (std::size_t slot = 0; slot < rankNodes.size(); ++slot) {
+            if (ranks.isPresent(slot)) {
+                order.push_back(rankNodes[slot]);
+            }
+        }
+    } else {
+        for (const auto& entry : index) {
+            order.push_back(entry.second);
+        }
     }
     // A fixed generator, apart from std::rand so that the reduction's
     // draws stay the caller's.
