@@ -1,0 +1,270 @@
+#include "scene/IObject3D.h"
+
+#include "scene/Observer3D.h"
+
+#include <algorithm>
+#include <cctype>
+#include <iostream>
+#include <limits>
+#include <string>
+
+namespace korvel {
+
+const char* IObject3D::className = "IObject3D";
+
+IObject3D::IObject3D()
+    : matrixObject(new Matrix4D(Matrix4D::getI4())),
+      matrixOwned(true),
+      matrixChanged(true),
+      observer(nullptr),
+      visible(true),
+      elementKind(kindPlain),
+      localMin(0.0f, 0.0f, 0.0f, 1.0f),
+      localMax(1.0f, 1.0f, 1.0f, 1.0f),
+      worldMin(0.0f, 0.0f, 0.0f, 1.0f),
+      worldMax(1.0f, 1.0f, 1.0f, 1.0f),
+      made(false)
+{
+}
+
+IObject3D::IObject3D(const IObject3D& other)
+    : ISerializable(other),
+      Subject(),
+      matrixObject(other.matrixObject != nullptr ? new Matrix4D(*other.matrixObject) : nullptr),
+      matrixOwned(true),
+      matrixChanged(true),
+      observer(nullptr),
+      visible(other.visible),
+      elementKind(other.elementKind),
+      boundaries(other.boundaries),
+      localMin(other.localMin),
+      localMax(other.localMax),
+      worldMin(other.worldMin),
+      worldMax(other.worldMax),
+      made(false)
+{
+}
+
+IObject3D::~IObject3D()
+{
+    releaseObserver();
+    releaseMatrixObject();
+}
+
+void IObject3D::dump() const
+{
+    std::cout << "Matrix Object :";
+    if (matrixObject != nullptr) {
+        std::cout << *matrixObject;
+    } else {
+        std::cout << std::endl;
+    }
+    std::cout << "Min:" << localMin << " Max:" << localMax << std::endl;
+}
+
+bool IObject3D::load(std::istream& in)
+{
+    const bool result = ISerializable::load(in);
+    in >> std::ws;
+    if (std::isalpha(in.peek())) {
+        std::string name;
+        in >> name;
+    }
+    long long kind = 0;
+    if (!(in >> kind) || kind < 0 || kind > std::numeric_limits<uint32_t>::max()) {
+        std::cout << "[Error] element kind ill-formed in IObject3D load" << std::endl;
+        return false;
+    }
+    elementKind = static_cast<uint32_t>(kind);
+    return result;
+}
+
+bool IObject3D::save(std::ostream& out)
+{
+    const bool result = ISerializable::save(out);
+    out << elementKind << '\n';
+    return result;
+}
+
+void IObject3D::unchangeMatrixObject()
+{
+    matrixChanged = false;
+}
+
+void IObject3D::computeBoundingBoxtoRef()
+{
+    const float x0 = std::min(worldMin.x, worldMax.x);
+    const float y0 = std::min(worldMin.y, worldMax.y);
+    const float z0 = std::min(worldMin.z, worldMax.z);
+    const float x1 = std::max(worldMin.x, worldMax.x);
+    const float y1 = std::max(worldMin.y, worldMax.y);
+    const float z1 = std::max(worldMin.z, worldMax.z);
+    auto corner = [](float x, float y, float z) { return Vector4D(x, y, z, 1.0f); };
+
+    boundaries.clear();
+    // Each face counter-clockwise seen from outside the box.
+    boundaries.addQuad(corner(x0, y0, z0), corner(x0, y1, z0), corner(x1, y1, z0), corner(x1, y0, z0));
+    boundaries.addQuad(corner(x0, y0, z1), corner(x1, y0, z1), corner(x1, y1, z1), corner(x0, y1, z1));
+    boundaries.addQuad(corner(x0, y0, z0), corner(x0, y0, z1), corner(x0, y1, z1), corner(x0, y1, z0));
+    boundaries.addQuad(corner(x1, y0, z0), corner(x1, y1, z0), corner(x1, y1, z1), corner(x1, y0, z1));
+    boundaries.addQuad(corner(x0, y0, z0), corner(x1, y0, z0), corner(x1, y0, z1), corner(x0, y0, z1));
+    boundaries.addQuad(corner(x0, y1, z0), corner(x0, y1, z1), corner(x1, y1, z1), corner(x1, y1, z0));
+}
+
+void IObject3D::computeWorldLimits()
+{
+    if (matrixObject == nullptr) {
+        std::cout << "[Warning] IObject3D without object matrix, world limits kept" << std::endl;
+        return;
+    }
+    worldMin = *matrixObject * localMin;
+    worldMax = *matrixObject * localMax;
+}
+
+void IObject3D::changeMatrixObject()
+{
+    matrixChanged = true;
+    computeWorldLimits();
+}
+
+Observer3D* IObject3D::getObserver()
+{
+    if (observer == nullptr) {
+        observer = new Observer3D(this);
+    }
+    return observer;
+}
+
+void IObject3D::changeView(const Matrix4D&)
+{
+}
+
+void IObject3D::supplyElements(std::list<IObject3D*>& elements, int kinds)
+{
+    if ((elementKind & static_cast<uint32_t>(kinds)) != 0) {
+        elements.push_back(this);
+    }
+}
+
+bool IObject3D::reduceDetail(float)
+{
+    return false;
+}
+
+bool IObject3D::make()
+{
+    return true;
+}
+
+bool IObject3D::isMade() const
+{
+    return made;
+}
+
+void IObject3D::draw()
+{
+}
+
+void IObject3D::hide()
+{
+    visible = false;
+}
+
+void IObject3D::show()
+{
+    visible = true;
+}
+
+void IObject3D::transform(const Matrix4D&)
+{
+}
+
+bool IObject3D::isIntersectingBoundariesLine(const Vector4D& origin, const Vector4D& direction)
+{
+    if (matrixChanged) {
+        computeBoundingBoxtoRef();
+        matrixChanged = false;
+    }
+    return boundaries.isIntersectingBoundariesLine(origin, direction);
+}
+
+bool IObject3D::getIntersectingLine(const Vector4D&, const Vector4D&, Triangle&)
+{
+    return false;
+}
+
+void IObject3D::updateLimits()
+{
+    computeWorldLimits();
+}
+
+void IObject3D::setToMinPointY()
+{
+    Vector4D lowest(0.0f, 0.0f, 0.0f, 1.0f);
+    if (!getMinPointY(lowest)) {
+        return;
+    }
+    lowest *= -1.0f;
+    Matrix4D translation = Matrix4D::getI4();
+    translation.setPosition(lowest.x, lowest.y, lowest.z);
+    transform(translation);
+}
+
+bool IObject3D::getMinPointY(Vector4D&) const
+{
+    return false;
+}
+
+void IObject3D::setAge(float)
+{
+}
+
+bool IObject3D::takeMatrix(Matrix4D* m, bool owned, const char* operation)
+{
+    if (m == nullptr) {
+        std::cout << "[Error] " << operation << " in IObject3D given no matrix, the current one is kept"
+                  << std::endl;
+        return false;
+    }
+    // Handing back the matrix already held must not free it first.
+    if (matrixOwned && matrixObject != m) {
+        delete matrixObject;
+    }
+    matrixObject = m;
+    changeMatrixObject();
+    matrixOwned = owned;
+    return true;
+}
+
+bool IObject3D::setMatriceObjectOwned(Matrix4D* m)
+{
+    return takeMatrix(m, true, "setMatriceObjectOwned");
+}
+
+bool IObject3D::setMatriceObjectLinked(Matrix4D* m)
+{
+    return takeMatrix(m, false, "setMatriceObjectLinked");
+}
+
+void IObject3D::releaseMatrixObject()
+{
+    if (matrixOwned) {
+        delete matrixObject;
+    }
+    matrixObject = nullptr;
+}
+
+void IObject3D::releaseObserver()
+{
+    delete observer;
+    observer = nullptr;
+}
+
+void IObject3D::setLocalLimits(const Vector4D& min, const Vector4D& max)
+{
+    localMin = min;
+    localMax = max;
+    computeWorldLimits();
+}
+
+}  // namespace korvel

@@ -1,0 +1,228 @@
+// The scene object base: matrix ownership, limits that follow the matrix,
+// selection by kind, the boundary line test, grounding, serialisation and the
+// observer that makes an object follow a moving subject.
+
+#include "scene/IObject3D.h"
+#include "scene/Observer3D.h"
+#include "support/CaptureStdout.h"
+
+#include <gtest/gtest.h>
+
+#include <list>
+#include <sstream>
+
+namespace {
+
+using korvel::IObject3D;
+
+void expectPoint(const Vector4D& v, float x, float y, float z)
+{
+    EXPECT_FLOAT_EQ(v.x, x);
+    EXPECT_FLOAT_EQ(v.y, y);
+    EXPECT_FLOAT_EQ(v.z, z);
+    EXPECT_FLOAT_EQ(v.w, 1.0f);
+}
+
+Matrix4D translation(float x, float y, float z)
+{
+    Matrix4D m = Matrix4D::getI4();
+    m.setPosition(x, y, z);
+    return m;
+}
+
+// Counts box rebuilds, reports a lowest point on demand and moves its own
+// matrix when transformed, as drawable objects move their geometry.
+class Probe : public IObject3D {
+public:
+    void computeBoundingBoxtoRef() override
+    {
+        ++boxBuilds;
+        IObject3D::computeBoundingBoxtoRef();
+    }
+    bool getMinPointY(Vector4D& p) const override
+    {
+        if (hasLowest) {
+            p = lowest;
+        }
+        return hasLowest;
+    }
+    void transform(const Matrix4D& m) override
+    {
+        ++transforms;
+        *getMatrixObjectChange() = m * *getMatrixObjectChange();
+        changeMatrixObject();
+    }
+
+    int boxBuilds = 0;
+    int transforms = 0;
+    bool hasLowest = false;
+    Vector4D lowest;
+};
+
+TEST(IObject3DTest, OwnedMatricesAreFreedLinkedOnesFollowedAndKept)
+{
+    Matrix4D body = translation(1.0f, 2.0f, 3.0f);
+    {
+        IObject3D object;
+        ASSERT_NE(object.getMatrixObject(), nullptr);
+        EXPECT_TRUE(object.isMatrixObjectOwned());
+        EXPECT_TRUE(object.isMatrixObjectChanged());
+        expectPoint(object.getWorldMax(), 1, 1, 1);
+
+        // The owned identity goes (the leak checker sees it otherwise).
+        object.unchangeMatrixObject();
+        ASSERT_TRUE(object.setMatriceObjectLinked(&body));
+        EXPECT_FALSE(object.isMatrixObjectOwned());
+        EXPECT_TRUE(object.isMatrixObjectChanged());
+        expectPoint(object.getWorldMin(), 1, 2, 3);
+        expectPoint(object.getWorldMax(), 2, 3, 4);
+
+        // Moved in place by its owner, then declared changed.
+        object.unchangeMatrixObject();
+        object.getMatrixObjectChange()->setPosition(-1.0f, 0.0f, 0.0f);
+        object.changeMatrixObject();
+        EXPECT_TRUE(object.isMatrixObjectChanged());
+        expectPoint(object.getWorldMin(), -1, 0, 0);
+
+        // A copy owns its own matrix, even of a linked one.
+        IObject3D copy(object);
+        EXPECT_TRUE(copy.isMatrixObjectOwned());
+        EXPECT_NE(copy.getMatrixObject(), &body);
+        expectPoint(copy.getWorldMin(), -1, 0, 0);
+
+        // Replacing the linked matrix leaves it alone (it lives on the stack).
+        auto* own = new Matrix4D(translation(0.0f, 5.0f, 0.0f));
+        ASSERT_TRUE(object.setMatriceObjectOwned(own));
+        EXPECT_TRUE(object.isMatrixObjectOwned());
+        expectPoint(object.getWorldMin(), 0, 5, 0);
+        // Handing back the matrix already held keeps it alive.
+        ASSERT_TRUE(object.setMatriceObjectOwned(own));
+        expectPoint(object.getWorldMin(), 0, 5, 0);
+
+        CaptureStdout out;
+        EXPECT_FALSE(object.setMatriceObjectLinked(nullptr));
+        EXPECT_EQ(object.getMatrixObject(), own);
+        EXPECT_EQ(out.text(), "[Error] setMatriceObjectLinked in IObject3D given no matrix, the current one is kept\n");
+
+        // Released linked: nulled, not freed; limits then stay as they were.
+        ASSERT_TRUE(object.setMatriceObjectLinked(&body));
+        object.releaseMatrixObject();
+        EXPECT_EQ(object.getMatrixObject(), nullptr);
+        out.clear();
+        object.changeMatrixObject();
+        EXPECT_EQ(out.text(), "[Warning] IObject3D without object matrix, world limits kept\n");
+        expectPoint(object.getWorldMin(), -1, 0, 0);
+    }
+    expectPoint(body.getPosition(), -1, 0, 0);
+}
+
+TEST(IObject3DTest, SupplyElementsSelectsByCommonKindBits)
+{
+    IObject3D plain;
+    IObject3D blended;
+    blended.setElementKind(IObject3D::kindBlended);
+    IObject3D both;
+    both.setElementKind(IObject3D::kindPlain | IObject3D::kindBlended);
+
+    const struct {
+        int kinds;
+        std::list<IObject3D*> expected;
+    } cases[] = {
+        {1, {&plain, &both}},
+        {2, {&blended, &both}},
+        {3, {&plain, &blended, &both}},
+        {4, {}},
+    };
+    for (const auto& c : cases) {
+        std::list<IObject3D*> found;
+        for (IObject3D* object : {&plain, &blended, &both}) {
+            object->supplyElements(found, c.kinds);
+        }
+        EXPECT_EQ(found, c.expected) << "kinds " << c.kinds;
+    }
+}
+
+TEST(IObject3DTest, LineTestRebuildsTheBoxOnlyAfterAMatrixChange)
+{
+    Probe probe;  // the default box spans (0, 0, 0) to (1, 1, 1)
+    const Vector4D alongZ(0.0f, 0.0f, 1.0f, 0.0f);
+    const Vector4D throughBox(0.5f, 0.5f, -5.0f, 1.0f);
+    const Vector4D throughMoved(10.5f, 0.5f, -5.0f, 1.0f);
+
+    EXPECT_TRUE(probe.isIntersectingBoundariesLine(throughBox, alongZ));
+    EXPECT_EQ(probe.boxBuilds, 1);
+    EXPECT_FALSE(probe.isMatrixObjectChanged());
+    EXPECT_EQ(probe.getBoundaries().getTriangleCount(), 12u);
+    EXPECT_FALSE(probe.isIntersectingBoundariesLine(throughMoved, alongZ));
+    EXPECT_EQ(probe.boxBuilds, 1);
+
+    probe.getMatrixObjectChange()->setPosition(10.0f, 0.0f, 0.0f);
+    probe.changeMatrixObject();
+    EXPECT_TRUE(probe.isIntersectingBoundariesLine(throughMoved, alongZ));
+    EXPECT_FALSE(probe.isIntersectingBoundariesLine(throughBox, alongZ));
+    EXPECT_EQ(probe.boxBuilds, 2);
+}
+
+TEST(IObject3DTest, SetToMinPointYBringsTheLowestPointToTheOrigin)
+{
+    Probe probe;
+    probe.setToMinPointY();  // no lowest point known: nothing moves
+    EXPECT_EQ(probe.transforms, 0);
+
+    probe.hasLowest = true;
+    probe.lowest = Vector4D(3.0f, -2.0f, 5.0f, 1.0f);
+    probe.setToMinPointY();
+    ASSERT_EQ(probe.transforms, 1);
+    expectPoint(*probe.getMatrixObject() * probe.lowest, 0, 0, 0);
+    EXPECT_FLOAT_EQ(probe.getMatrixObject()->m[13], 2.0f);  // up by 2
+}
+
+TEST(IObject3DTest, ElementKindSurvivesASaveAndBadKindsAreRefused)
+{
+    IObject3D saved;
+    saved.setElementKind(3);
+    std::stringstream text;
+    ASSERT_TRUE(saved.save(text));
+    EXPECT_EQ(text.str(), "IObject3D\n3\n");
+
+    IObject3D loaded;
+    ASSERT_TRUE(loaded.load(text));
+    EXPECT_EQ(loaded.getElementKind(), 3u);
+
+    for (const char* bad : {"IObject3D\nblended\n", "-1\n", "4294967296\n", ""}) {
+        std::istringstream in(bad);
+        CaptureStdout out;
+        EXPECT_FALSE(loaded.load(in)) << bad;
+        EXPECT_EQ(out.text(), "[Error] element kind ill-formed in IObject3D load\n") << bad;
+        EXPECT_EQ(loaded.getElementKind(), 3u);
+    }
+}
+
+TEST(IObject3DTest, ObserverIsMadeOnceAndFollowsPlacementEvents)
+{
+    korvel::Subject body;
+    Matrix4D place = Matrix4D::getI4();
+    {
+        IObject3D object;
+        ASSERT_TRUE(object.setMatriceObjectLinked(&place));
+        korvel::Observer3D* observer = object.getObserver();
+        ASSERT_NE(observer, nullptr);
+        EXPECT_EQ(object.getObserver(), observer);
+        EXPECT_EQ(observer->getObserved(), &object);
+        body.addObserver(observer);
+
+        for (int event : {3, 2, 4}) {
+            place.setPosition(0.0f, static_cast<float>(event), 0.0f);
+            object.unchangeMatrixObject();
+            body.notify(&body, event);
+            const bool placement = event != 3;
+            EXPECT_EQ(object.isMatrixObjectChanged(), placement) << event;
+            expectPoint(object.getWorldMin(), 0, placement ? static_cast<float>(event) : 0.0f, 0);
+        }
+    }
+    // The object took its observer along: notifying again reaches nobody.
+    body.notify(&body, 2);
+    EXPECT_TRUE(body.getObservers().empty());
+}
+
+}  // namespace
