@@ -350,6 +350,10 @@ bool ShapeIndexed::reduceDetail(float ratio)
     }
     buildRanks();
     measures.assign(ranks.slotCount(), Measure());
+    for (std::size_t slot = 0; slot < measures.size(); ++slot) {
+        measures[slot].point = ranks.keyAt(slot);
+        measures[slot].node = rankNodes[slot];
+    }
     measuring = true;
     octreeDeferred = true;
     removedLookup.reserve(removedLookup.size() + (count - target));
@@ -458,14 +462,17 @@ Vector4D* ShapeIndexed::choose(bool plainWalk, std::vector<Vector4D*>* visited)
         slots[s] = ranks.slotAt(rank);
         if (measuring) {
             __builtin_prefetch(&measures[slots[s]]);
-            __builtin_prefetch(&rankNodes[slots[s]]);
         }
     }
-    if (measuring) {
-        prefetchStale(slots, samples);
+    if (!measuring) {
+        for (std::size_t s = 0; s < samples; ++s) {
+            keep(ranks.keyAt(slots[s]), measureSlot(slots[s]));
+        }
+        return best;
     }
+    prefetchStale(slots, samples);
     for (std::size_t s = 0; s < samples; ++s) {
-        keep(ranks.keyAt(slots[s]), measureSlot(slots[s]));
+        keep(measures[slots[s]].point, measureSlot(slots[s]));
     }
     return best;
 }
@@ -478,7 +485,7 @@ void ShapeIndexed::prefetchStale(const std::size_t* slots, std::size_t count) co
     std::size_t n = 0;
     for (std::size_t s = 0; s < count; ++s) {
         if (!measures[slots[s]].valid) {
-            stale[n] = rankNodes[slots[s]];
+            stale[n] = measures[slots[s]].node;
             __builtin_prefetch(stale[n]);
             ++n;
         }
@@ -540,8 +547,7 @@ float ShapeIndexed::measureSlot(std::size_t slot)
     }
     Measure& m = measures[slot];
     if (!m.valid) {
-        const ShapeNode* node = rankNodes[slot];
-        m.nearest = node->getMinDistancePointExcluded(node->point, m.distance);
+        m.nearest = m.node->getMinDistancePointExcluded(m.point, m.distance);
         m.valid = true;
     }
     return m.distance;

@@ -144,11 +144,14 @@ private:
     bool ranksValid = false;
     // Measures are remembered only within one reduction, where every change
     // to the triangles goes through this shape and forgets what it touches.
-    // One per rank slot, side by side, so a sample reads one small record.
+    // One per rank slot, side by side, with the slot's key and node, so
+    // that a sample reads one small record instead of three arrays.
     struct Measure {
         float distance = -1.0f;
         bool valid = false;
         Vector4D* nearest = nullptr;
+        Vector4D* point = nullptr;
+        ShapeNode* node = nullptr;
     };
     std::vector<Measure> measures;
     bool measuring = false;
