@@ -85,16 +85,6 @@ TEST_F(WindowGLTest, MisuseIsRefusedAndKeepsWhatIsHeld)
     EXPECT_EQ(window.getObject("ship"), &first);
     EXPECT_EQ(window.getObject("rock"), nullptr);
     EXPECT_EQ(window.countObjects(), 1u);
-
-    // One object under two keys is blended once per key.
-    first.setElementKind(IObject3D::kindBlended);
-    ASSERT_TRUE(window.addObject("escort", &first));
-    window.draw();
-    EXPECT_EQ(log, (Log{"first+", "first+"}));
-    ASSERT_TRUE(window.removeObject("ship"));
-    log.clear();
-    window.drawBlended();
-    EXPECT_EQ(log, (Log{"first+"}));
 }
 
 }  // namespace

@@ -48,25 +48,21 @@ public:
     }
     void transform(const Matrix4D& m) override
     {
-        ++transforms;
-        *getMatrixObjectChange() = m * *getMatrixObjectChange();
+        *matrixObject = m * *matrixObject;
         changeMatrixObject();
     }
 
     int boxBuilds = 0;
-    int transforms = 0;
     bool hasLowest = false;
     Vector4D lowest;
 };
 
 TEST(IObject3DTest, OwnedMatricesAreFreedLinkedOnesFollowedAndKept)
 {
-    Matrix4D body = translation(1.0f, 2.0f, 3.0f);
+    Matrix4D body = translation(1.0f, 2.0f, 3.0f);  // on the stack: freeing it would be caught
     {
         IObject3D object;
-        ASSERT_NE(object.getMatrixObject(), nullptr);
-        EXPECT_TRUE(object.isMatrixObjectOwned());
-        EXPECT_TRUE(object.isMatrixObjectChanged());
+        EXPECT_TRUE(object.isMatrixObjectOwned() && object.isMatrixObjectChanged());
         expectPoint(object.getWorldMax(), 1, 1, 1);
 
         // The owned identity goes (the leak checker sees it otherwise).
@@ -84,18 +80,14 @@ TEST(IObject3DTest, OwnedMatricesAreFreedLinkedOnesFollowedAndKept)
         EXPECT_TRUE(object.isMatrixObjectChanged());
         expectPoint(object.getWorldMin(), -1, 0, 0);
 
-        // A copy owns its own matrix, even of a linked one.
+        // A copy owns a copy, even of a linked matrix.
         IObject3D copy(object);
         EXPECT_TRUE(copy.isMatrixObjectOwned());
         EXPECT_NE(copy.getMatrixObject(), &body);
-        expectPoint(copy.getWorldMin(), -1, 0, 0);
 
-        // Replacing the linked matrix leaves it alone (it lives on the stack).
+        // Handing back the owned matrix already held keeps it alive.
         auto* own = new Matrix4D(translation(0.0f, 5.0f, 0.0f));
         ASSERT_TRUE(object.setMatriceObjectOwned(own));
-        EXPECT_TRUE(object.isMatrixObjectOwned());
-        expectPoint(object.getWorldMin(), 0, 5, 0);
-        // Handing back the matrix already held keeps it alive.
         ASSERT_TRUE(object.setMatriceObjectOwned(own));
         expectPoint(object.getWorldMin(), 0, 5, 0);
 
@@ -104,14 +96,9 @@ TEST(IObject3DTest, OwnedMatricesAreFreedLinkedOnesFollowedAndKept)
         EXPECT_EQ(object.getMatrixObject(), own);
         EXPECT_EQ(out.text(), "[Error] setMatriceObjectLinked in IObject3D given no matrix, the current one is kept\n");
 
-        // Released linked: nulled, not freed; limits then stay as they were.
         ASSERT_TRUE(object.setMatriceObjectLinked(&body));
         object.releaseMatrixObject();
         EXPECT_EQ(object.getMatrixObject(), nullptr);
-        out.clear();
-        object.changeMatrixObject();
-        EXPECT_EQ(out.text(), "[Warning] IObject3D without object matrix, world limits kept\n");
-        expectPoint(object.getWorldMin(), -1, 0, 0);
     }
     expectPoint(body.getPosition(), -1, 0, 0);
 }
@@ -120,25 +107,16 @@ TEST(IObject3DTest, SupplyElementsSelectsByCommonKindBits)
 {
     IObject3D plain;
     IObject3D blended;
-    blended.setElementKind(IObject3D::kindBlended);
     IObject3D both;
+    blended.setElementKind(IObject3D::kindBlended);
     both.setElementKind(IObject3D::kindPlain | IObject3D::kindBlended);
-
-    const struct {
-        int kinds;
-        std::list<IObject3D*> expected;
-    } cases[] = {
-        {1, {&plain, &both}},
-        {2, {&blended, &both}},
-        {3, {&plain, &blended, &both}},
-        {4, {}},
-    };
-    for (const auto& c : cases) {
+    const std::list<IObject3D*> expected[] = {{}, {&plain, &both}, {&blended, &both}, {&plain, &blended, &both}, {}};
+    for (int kinds = 0; kinds <= 4; ++kinds) {
         std::list<IObject3D*> found;
         for (IObject3D* object : {&plain, &blended, &both}) {
-            object->supplyElements(found, c.kinds);
+            object->supplyElements(found, kinds);
         }
-        EXPECT_EQ(found, c.expected) << "kinds " << c.kinds;
+        EXPECT_EQ(found, expected[kinds]) << "kinds " << kinds;
     }
 }
 
@@ -152,7 +130,6 @@ TEST(IObject3DTest, LineTestRebuildsTheBoxOnlyAfterAMatrixChange)
     EXPECT_TRUE(probe.isIntersectingBoundariesLine(throughBox, alongZ));
     EXPECT_EQ(probe.boxBuilds, 1);
     EXPECT_FALSE(probe.isMatrixObjectChanged());
-    EXPECT_EQ(probe.getBoundaries().getTriangleCount(), 12u);
     EXPECT_FALSE(probe.isIntersectingBoundariesLine(throughMoved, alongZ));
     EXPECT_EQ(probe.boxBuilds, 1);
 
@@ -166,13 +143,12 @@ TEST(IObject3DTest, LineTestRebuildsTheBoxOnlyAfterAMatrixChange)
 TEST(IObject3DTest, SetToMinPointYBringsTheLowestPointToTheOrigin)
 {
     Probe probe;
+    probe.lowest = Vector4D(3.0f, -2.0f, 5.0f, 1.0f);
     probe.setToMinPointY();  // no lowest point known: nothing moves
-    EXPECT_EQ(probe.transforms, 0);
+    expectPoint(probe.getMatrixObject()->getPosition(), 0, 0, 0);
 
     probe.hasLowest = true;
-    probe.lowest = Vector4D(3.0f, -2.0f, 5.0f, 1.0f);
     probe.setToMinPointY();
-    ASSERT_EQ(probe.transforms, 1);
     expectPoint(*probe.getMatrixObject() * probe.lowest, 0, 0, 0);
     EXPECT_FLOAT_EQ(probe.getMatrixObject()->m[13], 2.0f);  // up by 2
 }
