@@ -10,7 +10,7 @@ namespace korvel {
 const char* Client::className = "Client";
 
 Client::Client()
-    : fresh(defaultBufferSize), running(false), acknowledgement(framingSize), acknowledgements(0), lastAcknowledged(0)
+    : fresh(defaultBufferSize), acknowledgement(framingSize), acknowledgements(0), lastAcknowledged(0)
 {
 }
 
@@ -38,29 +38,15 @@ bool Client::initConnection()
 
 bool Client::initReadPoolLastServer()
 {
-    if (reader.joinable()) {
-        if (running) {
-            networkLog("[ERROR] client is already reading server in pooling !");
-            return false;
-        }
-        reader.join();  // it ended by itself after a failed receive
+    if (!reapReader()) {
+        networkLog("[ERROR] client is already reading server in pooling !");
+        return false;
     }
     if (!socket.isOpen()) {
         networkLog("[ERROR] client socket is not open for reading the server");
         return false;
     }
-    receiveBuffer.reset(new Buffer(bufferSize));
-    isReading = true;
-    running = true;
-    try {
-        reader = std::thread(&Client::threadRead, this);
-    } catch (const std::system_error& error) {
-        isReading = false;
-        running = false;
-        networkLog(std::string("[ERROR] client reading thread cannot start: ") + error.what());
-        return false;
-    }
-    return true;
+    return launchReader([this] { threadRead(this); }, "client");
 }
 
 void Client::endReadPoolLastServer()
@@ -71,13 +57,7 @@ void Client::endReadPoolLastServer()
 
 void Client::stopReading()
 {
-    isReading = false;
-    socket.shutdown();
-    if (reader.joinable()) {
-        reader.join();
-    }
-    socket.end();
-    receiveBuffer.reset();
+    stopReader();
 }
 
 bool Client::writeServer(const Buffer& buffer)

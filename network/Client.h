@@ -65,9 +65,6 @@ private:
 
     std::string serverAddress;
     BufferFreshSafe fresh;
-    std::thread reader;
-    std::atomic<bool> running;
-    std::unique_ptr<Buffer> receiveBuffer;
     Buffer acknowledgement;
     std::atomic<uint64_t> acknowledgements;
     std::atomic<uint64_t> lastAcknowledged;

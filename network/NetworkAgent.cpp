@@ -2,11 +2,14 @@
 
 #include "network/NetworkLog.h"
 
+#include <string>
+#include <system_error>
+
 namespace korvel {
 
 const char* NetworkAgent::className = "NetworkAgent";
 
-NetworkAgent::NetworkAgent() : messageId(0), bufferSize(defaultBufferSize), isReading(false) {}
+NetworkAgent::NetworkAgent() : messageId(0), bufferSize(defaultBufferSize), isReading(false), running(false) {}
 
 NetworkAgent::~NetworkAgent() = default;
 
@@ -18,6 +21,44 @@ void NetworkAgent::setBufferSize(uint64_t size)
 bool NetworkAgent::initConnection()
 {
     return false;
+}
+
+bool NetworkAgent::reapReader()
+{
+    if (reader.joinable()) {
+        if (running) {
+            return false;
+        }
+        reader.join();
+    }
+    return true;
+}
+
+bool NetworkAgent::launchReader(const std::function<void()>& body, const char* who)
+{
+    receiveBuffer.reset(new Buffer(bufferSize));
+    isReading = true;
+    running = true;
+    try {
+        reader = std::thread(body);
+    } catch (const std::system_error& error) {
+        isReading = false;
+        running = false;
+        networkLog(std::string("[ERROR] ") + who + " reading thread cannot start: " + error.what());
+        return false;
+    }
+    return true;
+}
+
+void NetworkAgent::stopReader()
+{
+    isReading = false;
+    socket.shutdown();
+    if (reader.joinable()) {
+        reader.join();
+    }
+    socket.end();
+    receiveBuffer.reset();
 }
 
 bool NetworkAgent::prepareMessageWithCode(Buffer& buffer, short type)

@@ -17,6 +17,9 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
+#include <memory>
+#include <thread>
 
 namespace korvel {
 
@@ -54,10 +57,23 @@ public:
     Socket& getSocket() { return socket; }
 
 protected:
+    // Joins a reading thread that ended by itself (after a failed receive);
+    // false while one is still running.
+    bool reapReader();
+    // Runs body on the reading thread with a fresh receive buffer; who names
+    // the agent in the failure line.
+    bool launchReader(const std::function<void()>& body, const char* who);
+    // Clears isReading, wakes the blocked receive with a shutdown, joins the
+    // thread, then closes the socket: closing alone does not wake a receive.
+    void stopReader();
+
     Socket socket;
     uint64_t messageId;
     uint64_t bufferSize;
     std::atomic<bool> isReading;
+    std::thread reader;
+    std::atomic<bool> running;  // the reading thread has not ended yet
+    std::unique_ptr<Buffer> receiveBuffer;
 };
 
 }  // namespace korvel

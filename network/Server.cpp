@@ -14,7 +14,7 @@ const char* Server::className = "Server";
 
 Server::Server(int maxClients)
     : maxClients(std::max(maxClients, 0)), clients(new ClientStub[static_cast<std::size_t>(std::max(maxClients, 0))]),
-      queueFull(false), droppedRequests(0), droppedSinceFull(0), running(false), acknowledgement(framingSize)
+      queueFull(false), droppedRequests(0), droppedSinceFull(0), acknowledgement(framingSize)
 {
     for (int i = 0; i < this->maxClients; ++i) {
         clients[i].setSocket(&socket);
@@ -39,30 +39,16 @@ bool Server::initConnection()
 
 bool Server::initReadPoolClients()
 {
-    if (reader.joinable()) {
-        if (running) {
-            networkLog("[ERROR] server is already reading clients in pooling !");
-            return false;
-        }
-        reader.join();  // it ended by itself after a failed receive
+    if (!reapReader()) {
+        networkLog("[ERROR] server is already reading clients in pooling !");
+        return false;
     }
     if (!socket.isOpen()) {
         networkLog("[ERROR] server socket is not open for reading clients");
         return false;
     }
-    receiveBuffer.reset(new Buffer(bufferSize));
     sender.reset(new ClientStub());
-    isReading = true;
-    running = true;
-    try {
-        reader = std::thread(&Server::threadRead, this);
-    } catch (const std::system_error& error) {
-        isReading = false;
-        running = false;
-        networkLog(std::string("[ERROR] server reading thread cannot start: ") + error.what());
-        return false;
-    }
-    return true;
+    return launchReader([this] { threadRead(this); }, "server");
 }
 
 void Server::endReadPoolClients()
@@ -73,13 +59,7 @@ void Server::endReadPoolClients()
 
 void Server::stopReading()
 {
-    isReading = false;
-    socket.shutdown();
-    if (reader.joinable()) {
-        reader.join();
-    }
-    socket.end();
-    receiveBuffer.reset();
+    stopReader();
     sender.reset();
 }
 

@@ -87,9 +87,6 @@ private:
     uint64_t droppedRequests;
     uint64_t droppedSinceFull;
 
-    std::thread reader;
-    std::atomic<bool> running;
-    std::unique_ptr<Buffer> receiveBuffer;
     std::unique_ptr<ClientStub> sender;
     Buffer acknowledgement;
 };
