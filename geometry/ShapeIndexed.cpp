@@ -237,8 +237,8 @@ bool ShapeIndexed::removeNode(ShapeNode* node)
 
     // Taken out of the node first: removing a triangle below can remove
     // further (emptied) nodes, never this one.
-    std::vector<Triangle*> around;
-    around.swap(node->triangles);
+    NodeTriangles around;
+    around.takeFrom(node->triangles);
     for (auto it = around.begin(); it != around.end(); ++it) {
         Triangle* t = *it;
         if (std::find(around.begin(), it, t) != it) {
@@ -303,8 +303,8 @@ bool ShapeIndexed::removePointRaw(Vector4D* p)
         return true;
     }
     // The point stays, without triangles; the collapsed ones leave.
-    std::vector<Triangle*> around(node->triangles.begin(), node->triangles.end());
-    node->triangles.clear();
+    NodeTriangles around;
+    around.takeFrom(node->triangles);
     for (Triangle* t : around) {
         if (!t->isTriangle() && detachTriangle(t)) {
             destroyTriangle(t);
