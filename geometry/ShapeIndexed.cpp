@@ -95,6 +95,18 @@ ShapeNode* ShapeIndexed::getPointDataByValue(const Vector4D& p) const
     return octree.get(p, node) ? node : nullptr;
 }
 
+ShapeNode* ShapeIndexed::findForAdding(const Vector4D& p)
+{
+    ShapeNode* node = foundByValue.find(p);
+    if (node == nullptr) {
+        node = getPointDataByValue(p);
+        if (node != nullptr) {
+            foundByValue.remember(p, node);
+        }
+    }
+    return node;
+}
+
 void ShapeIndexed::addTriangle(Triangle* t)
 {
     if (t == nullptr) {
@@ -111,7 +123,7 @@ void ShapeIndexed::addTriangle(Triangle* t)
     ShapeNode* nodes[3] = {nullptr, nullptr, nullptr};
     for (int i = 0; i < 3; ++i) {
         Vector4D* own = t->points[i];
-        ShapeNode* node = getPointDataByValue(*own);
+        ShapeNode* node = findForAdding(*own);
         if (node != nullptr) {
             if (wasOwned && own != node->point) {
                 delete own;
@@ -228,6 +240,7 @@ bool ShapeIndexed::removeNode(ShapeNode* node)
         index.erase(point);
     }
     pointNodes.erase(point);
+    foundByValue.clear();
     if (!octreeDeferred) {
         octree.removeValue(*point, node);
     }
@@ -620,6 +633,7 @@ void ShapeIndexed::rebuildOctree()
     std::minstd_rand scramble(12345u);
     std::shuffle(order.begin(), order.end(), scramble);
     octree.clear();
+    foundByValue.clear();
     for (ShapeNode* node : order) {
         octree.addDistinct(*node->point, node);
     }
@@ -645,6 +659,7 @@ void ShapeIndexed::releaseIndex()
     index.clear();
     pointNodes.clear();
     octree.clear();
+    foundByValue.clear();
     ranks.clear();
     rankNodes.clear();
     rankEntries.clear();

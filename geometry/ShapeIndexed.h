@@ -18,6 +18,7 @@
 // alone until the end, when it is refilled at once.
 
 #include "geometry/Octree.h"
+#include "geometry/ExactPointCache.h"
 #include "geometry/RankedSet.h"
 #include "geometry/Shape.h"
 
@@ -116,6 +117,8 @@ private:
     // Refills the octree from the index in a scrambled but fixed order, so
     // that its depth stays near log n whatever order the points came in.
     void rebuildOctree();
+    // getPointDataByValue, remembered for the points of the next triangles.
+    ShapeNode* findForAdding(const Vector4D& p);
     void keepOctreeShallow();
     std::size_t nextOctreeCheck = 64;
     // Room for rebuildOctree, taken before a reduction frees its many small
@@ -127,6 +130,8 @@ private:
     // The same entries as index, hashed: lookups by pointer in O(1).
     PointerMap<Vector4D, ShapeNode*> pointNodes;
     Octree<ShapeNode*> octree;
+    // The octree's answers to addTriangle, while points are only added.
+    ExactPointCache foundByValue;
     // While reducing, removed points leave the octree all at once at the
     // end (a rebuild), instead of one walk each.
     bool octreeDeferred = false;
