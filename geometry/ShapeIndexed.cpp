@@ -137,6 +137,9 @@ void ShapeIndexed::addTriangle(Triangle* t)
             index.emplace(shared, node);
             pointNodes.insert(shared, node);
             octree.add(*shared, node);
+            // A later walk for this value takes the same path and stops at
+            // this entry: no live key on the way matched it.
+            foundByValue.remember(*shared, node);
             ranksValid = false;
             indexesComputed = false;
         }
