@@ -3,16 +3,7 @@
 // with the beam's age, brighter at its core where it is seen face-on and
 // fading towards its wide end. Faintly lit so that it keeps its volume.
 #include "korvelLighting.glsl"
-
-uniform float time;
-
-in vec3 worldPosition;
-in vec3 worldNormal;
-in vec3 objectPosition;
-in vec2 surfaceUV;
-in float eyeDistance;
-
-out vec4 fragColor;
+#include "korvelSurface.glsl"
 
 void main()
 {

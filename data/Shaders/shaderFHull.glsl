@@ -3,16 +3,7 @@
 // along the seams that pulse with the object's age.
 #include "korvelLighting.glsl"
 #include "korvelNoise.glsl"
-
-uniform float time;
-
-in vec3 worldPosition;
-in vec3 worldNormal;
-in vec3 objectPosition;
-in vec2 surfaceUV;
-in float eyeDistance;
-
-out vec4 fragColor;
+#include "korvelSurface.glsl"
 
 void main()
 {

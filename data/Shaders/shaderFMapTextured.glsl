@@ -5,15 +5,7 @@
 #include "korvelLighting.glsl"
 
 uniform sampler2D textureSampler;
-uniform float time;
-
-in vec3 worldPosition;
-in vec3 worldNormal;
-in vec3 objectPosition;
-in vec2 surfaceUV;
-in float eyeDistance;
-
-out vec4 fragColor;
+#include "korvelSurface.glsl"
 
 void main()
 {
