@@ -63,24 +63,7 @@ bool Socket::openConnections()
         networkLog("[ERROR] port out of range for opening socket entrance: " + std::to_string(port));
         return false;
     }
-    const int handle = ::socket(AF_INET, SOCK_DGRAM, 0);
-    if (handle < 0) {
-        networkLog("[ERROR] socket entrance not being created at first");
-        return false;
-    }
-    sockaddr_in local;
-    std::memset(&local, 0, sizeof local);
-    local.sin_family = AF_INET;
-    local.sin_addr.s_addr = htonl(INADDR_ANY);
-    local.sin_port = htons(static_cast<uint16_t>(port));
-    if (::bind(handle, reinterpret_cast<const sockaddr*>(&local), sizeof local) != 0) {
-        ::close(handle);
-        networkLog("[ERROR] bind() for opening socket entrance");
-        return false;
-    }
-    socketHandle = handle;
-    owned = true;
-    return true;
+    return openBound(static_cast<uint16_t>(port));
 }
 
 bool Socket::connectTo()
@@ -108,6 +91,13 @@ bool Socket::connectTo()
     remote.sin_family = AF_INET;
     remote.sin_port = htons(static_cast<uint16_t>(port));
 
+    // A port of the system's choice, so that replies can arrive before the
+    // first send.
+    return openBound(0);
+}
+
+bool Socket::openBound(uint16_t localPort)
+{
     const int handle = ::socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP);
     if (handle < 0) {
         networkLog("[ERROR] socket entrance not being created at first");
@@ -117,7 +107,7 @@ bool Socket::connectTo()
     std::memset(&local, 0, sizeof local);
     local.sin_family = AF_INET;
     local.sin_addr.s_addr = htonl(INADDR_ANY);
-    local.sin_port = 0;
+    local.sin_port = htons(localPort);
     if (::bind(handle, reinterpret_cast<const sockaddr*>(&local), sizeof local) != 0) {
         ::close(handle);
         networkLog("[ERROR] bind() for opening socket entrance");

@@ -73,6 +73,8 @@ public:
     static std::string dotted(const sockaddr_in& where);
 
 private:
+    // Opens a datagram socket bound to localPort on every interface.
+    bool openBound(uint16_t localPort);
     enum class Received { message, stopped, failed };
     Received receiveDatagram(Buffer& buffer, sockaddr_in& from);
     bool portIsValid() const;
