@@ -21,12 +21,12 @@
 #include "physics/Pool.h"
 #include "scene/IObject3D.h"
 
+#include "AllocationCounter.h"
+
 #include <benchmark/benchmark.h>
 
-#include <atomic>
 #include <cstdlib>
 #include <memory>
-#include <new>
 
 namespace {
 
@@ -37,8 +37,6 @@ using korvel::ForceBlow;
 using korvel::IObject3D;
 using korvel::PhysicalObject;
 using korvel::Random;
-
-std::atomic<long> allocations{0};
 
 constexpr int enemyCount = 50;
 constexpr int bulletCount = 50;
@@ -202,9 +200,9 @@ void runSteps(benchmark::State& state, Population& population, Step step)
 void BM_WholeStep(benchmark::State& state)
 {
     auto population = std::make_unique<Population>();
-    const long before = allocations.load();
+    const long before = benchAllocations.load();
     runSteps(state, *population, [&population] { population->step(); });
-    const long allocated = allocations.load() - before;
+    const long allocated = benchAllocations.load() - before;
     state.counters["allocs_per_step"] =
         benchmark::Counter(static_cast<double>(allocated), benchmark::Counter::kAvgIterations);
     state.counters["per_body"] =
@@ -235,27 +233,5 @@ void BM_FreeBullet(benchmark::State& state)
 BENCHMARK(BM_FreeBullet);
 
 }  // namespace
-
-// Counts every allocation of the program so the step can show none. Kept
-// out of line: inlined, GCC pairs the malloc with a delete it cannot see is
-// ours and warns of a mismatch.
-__attribute__((noinline)) void* operator new(std::size_t size)
-{
-    allocations.fetch_add(1, std::memory_order_relaxed);
-    if (void* p = std::malloc(size == 0 ? 1 : size)) {
-        return p;
-    }
-    throw std::bad_alloc();
-}
-
-__attribute__((noinline)) void operator delete(void* p) noexcept
-{
-    std::free(p);
-}
-
-__attribute__((noinline)) void operator delete(void* p, std::size_t) noexcept
-{
-    std::free(p);
-}
 
 BENCHMARK_MAIN();
