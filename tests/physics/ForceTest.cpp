@@ -4,7 +4,6 @@
 #include "physics/Force.h"
 #include "physics/ForceBlow.h"
 #include "physics/ForceField.h"
-#include "physics/Pool.h"
 #include "PhysicsTesting.h"
 #include "support/CaptureStdout.h"
 
@@ -116,19 +115,6 @@ TEST(ForceTest, BlowFadesLinearlyWithItsOwnAge)
             expectVector(out, 7, 7, 7, 7);
         }
     }
-}
-
-TEST(ForceTest, PoolHoldsFreeForcesByValue)
-{
-    korvel::Pool<ForceBlow, 100> pool;
-    EXPECT_EQ(sizeof(pool.elements) / sizeof(pool.elements[0]), 100u);
-    for (const ForceBlow& blow : pool.elements) {
-        EXPECT_TRUE(blow.released);
-        EXPECT_FALSE(blow.isAlive);
-    }
-    EXPECT_STREQ(pool.elements[0].getInstanceClassName(), "ForceBlow");
-    EXPECT_STREQ(ForceField::getClassName(), "ForceField");
-    EXPECT_STREQ(Force::getClassName(), "Force");
 }
 
 }  // namespace
