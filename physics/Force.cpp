@@ -50,8 +50,8 @@ bool Force::update(float dt)
         if (!stepWarned) {
             stepWarned = true;
             std::cout << "[Warning] " << getInstanceClassName() << ' ' << id
-                      << " update refused, age kept: the time step is " << (std::isfinite(dt) ? "negative" : "not finite")
-                      << std::endl;
+                      << " update refused, age kept: the time step is "
+                      << (std::isfinite(dt) ? "negative" : "not finite") << std::endl;
         }
         return false;
     }

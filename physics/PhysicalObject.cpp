@@ -66,25 +66,31 @@ PhysicalObject::~PhysicalObject()
 
 void PhysicalObject::dump() const
 {
-    std::cout << getInstanceClassName() << " id " << ISerializable::getId() << (isAlive ? " alive" : " dead") << " age " << age
-              << " lifetime " << lifetime << std::endl;
+    std::cout << getInstanceClassName() << " id " << ISerializable::getId() << (isAlive ? " alive" : " dead")
+              << " age " << age << " lifetime " << lifetime << std::endl;
     std::cout << "speed" << speed << std::endl;
     std::cout << "acceleration" << acceleration << std::endl;
     std::cout << "cineticMoment" << cineticMoment << std::endl;
     std::cout << "dynamicMoment" << dynamicMoment << std::endl;
     std::cout << "rotation" << rotation << std::endl;
     std::cout << "radius " << radius << " mass " << mass << " momentOfInertia " << momentOfInertia << std::endl;
-    for (int i = 0; i < forceSlots; ++i) {
-        if (forces[i] != nullptr) {
-            std::cout << "force " << i << ' ' << forces[i]->getInstanceClassName() << ' ' << forces[i]->getId()
-                      << (forces[i]->isAlive ? " alive" : " dead");
-            if (hasForcePoint[i]) {
-                std::cout << " at" << forcePoints[i];
-            }
-            std::cout << std::endl;
-        }
-    }
+    dumpForces();
     IObject3D::dump();
+}
+
+void PhysicalObject::dumpForces() const
+{
+    for (int i = 0; i < forceSlots; ++i) {
+        if (forces[i] == nullptr) {
+            continue;
+        }
+        std::cout << "force " << i << ' ' << forces[i]->getInstanceClassName() << ' ' << forces[i]->getId()
+                  << (forces[i]->isAlive ? " alive" : " dead");
+        if (hasForcePoint[i]) {
+            std::cout << " at" << forcePoints[i];
+        }
+        std::cout << std::endl;
+    }
 }
 
 void PhysicalObject::setAge(float a)

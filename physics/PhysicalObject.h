@@ -130,6 +130,7 @@ private:
         Vector4D rotation;
     };
 
+    void dumpForces() const;
     // The slot taken, or -1.
     int attachForce(Force* f);
     void occupySlot(int slot, Force* f);

@@ -228,6 +228,11 @@ TEST(PhysicalObjectTest, LifeEndsPastTheLifetimeAndHidesTheIncarnation)
     EXPECT_FALSE(shown.isVisible());
     body.update(0.125f);
     EXPECT_FLOAT_EQ(body.getPosition().x, 0.0625f);
+    {
+        CaptureStdout out;
+        body.dump();
+        EXPECT_NE(out.text().find("\nspeed\tv[0]= 1\tv[1]= 0\tv[2]= 0\tv[3]= 0\n"), std::string::npos) << out.text();
+    }
 
     AgedObject beam;
     korvel::Fusion fusion;
