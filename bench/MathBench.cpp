@@ -5,15 +5,12 @@
 
 #include "core/Matrix4D.h"
 
+#include "AllocationCounter.h"
+
 #include <benchmark/benchmark.h>
 
-#include <atomic>
-#include <cstdlib>
-#include <new>
 
 namespace {
-
-std::atomic<long> allocations{0};
 
 Matrix4D sampleMatrix()
 {
@@ -29,12 +26,12 @@ void BM_Invert(benchmark::State& state)
 {
     const Matrix4D m = sampleMatrix();
     Matrix4D inverse;
-    const long before = allocations.load();
+    const long before = benchAllocations.load();
     for (auto _ : state) {
         benchmark::DoNotOptimize(m.invert(inverse));
         benchmark::ClobberMemory();
     }
-    const long allocated = allocations.load() - before;
+    const long allocated = benchAllocations.load() - before;
     state.counters["allocations"] = static_cast<double>(allocated);
     if (allocated != 0) {
         state.SkipWithError("Matrix4D::invert allocated memory");
@@ -75,27 +72,5 @@ void BM_RotRLocal(benchmark::State& state)
 BENCHMARK(BM_RotRLocal);
 
 }  // namespace
-
-// Counts every allocation of the program so the loops above can show none.
-// Kept out of line: inlined, GCC pairs the malloc with a delete it cannot see
-// is ours and warns of a mismatch.
-__attribute__((noinline)) void* operator new(std::size_t size)
-{
-    allocations.fetch_add(1, std::memory_order_relaxed);
-    if (void* p = std::malloc(size == 0 ? 1 : size)) {
-        return p;
-    }
-    throw std::bad_alloc();
-}
-
-__attribute__((noinline)) void operator delete(void* p) noexcept
-{
-    std::free(p);
-}
-
-__attribute__((noinline)) void operator delete(void* p, std::size_t) noexcept
-{
-    std::free(p);
-}
 
 BENCHMARK_MAIN();
