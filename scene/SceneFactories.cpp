@@ -2,10 +2,16 @@
 
 #include "core/FactoryManager.h"
 #include "core/IFactory.h"
+#include "scene/Clone3D.h"
 #include "scene/Compound3D.h"
+#include "scene/CompoundClone3D.h"
+#include "scene/CompoundShallow3D.h"
+#include "scene/IHandler3D.h"
 #include "scene/Joint3D.h"
 #include "scene/Object3D.h"
 #include "scene/ShapeIndexed3D.h"
+
+#include <type_traits>
 
 namespace korvel {
 
@@ -33,7 +39,13 @@ void registerKind()
         delete probe;
         return;
     }
-    new IFactory(Kind::getClassName(), &createKind<Kind>, &copyKind<Kind>);  // owned by the manager
+    // Kinds that cannot be copied (handlers own what they show) are only
+    // created.
+    IFactory::CopyFunction copy = nullptr;
+    if constexpr (std::is_copy_constructible_v<Kind>) {
+        copy = &copyKind<Kind>;
+    }
+    new IFactory(Kind::getClassName(), &createKind<Kind>, copy);  // owned by the manager
 }
 
 }  // namespace
@@ -45,6 +57,10 @@ void registerSceneFactories()
     registerKind<ShapeIndexed3D>();
     registerKind<Compound3D>();
     registerKind<Joint3D>();
+    registerKind<Clone3D>();
+    registerKind<CompoundClone3D>();
+    registerKind<CompoundShallow3D>();
+    registerKind<IHandler3D>();
 }
 
 }  // namespace korvel

@@ -71,15 +71,16 @@ public:
     bool isTextured() const { return textured; }
     const std::list<DepthRecord>& getDepthOrder() const { return depthOrder; }
 
+    // The nearest triangle of shape crossed by the line, for an object placed
+    // by matrix: the line goes into the object's frame, the hit comes back.
+    static bool intersectPlaced(const Shape* shape, const Matrix4D* matrix, const Vector4D& origin,
+                                const Vector4D& direction, Triangle& hit);
+
 protected:
     // Kinds holding another shape kind start from theirs (owned, may be null).
     explicit Shape3D(Shape* ownedShape);
     Shape3D(const Object3D& other, Shape* ownedShape);
 
-    // The nearest triangle of shape crossed by the line, for an object placed
-    // by matrix: the line goes into the object's frame, the hit comes back.
-    static bool intersectPlaced(const Shape* shape, const Matrix4D* matrix, const Vector4D& origin,
-                                const Vector4D& direction, Triangle& hit);
     // Hands the arrays to the structure (which owns them from then on) and
     // keeps the index order for reorganize.
     bool upload(GPattern* vertices, int vertexCount, unsigned* indices, int indexCount);
