@@ -337,6 +337,9 @@ bool LoaderFormatOBJ::readFace(std::string_view rest)
             return false;
         }
         faceCorners.push_back(corner);
+        if (faceCorners.size() > maxTriangles + 2) {
+            break;  // a fan this long is refused whole by addFan: no need to read on
+        }
         p = q;
     }
     if (faceCorners.size() < 3) {

@@ -57,8 +57,8 @@ public:
 
     // Bounds that keep a hostile file from costing memory out of proportion
     // to it: beyond them the loader says so once and goes on without.
-    static constexpr std::size_t maxObjects = 16384;
-    static constexpr std::size_t maxTriangles = std::size_t(1) << 23;
+    static constexpr std::size_t maxObjects = 4096;
+    static constexpr std::size_t maxTriangles = std::size_t(1) << 21;
     static constexpr std::size_t maxMaterials = 16384;
 
     LoaderFormatOBJ();
