@@ -41,7 +41,8 @@ IObject3D::IObject3D(const IObject3D& other)
       localMax(other.localMax),
       worldMin(other.worldMin),
       worldMax(other.worldMax),
-      made(false)
+      made(false),
+      name(other.name)
 {
 }
 
@@ -67,8 +68,8 @@ bool IObject3D::load(std::istream& in)
     const bool result = ISerializable::load(in);
     in >> std::ws;
     if (std::isalpha(in.peek())) {
-        std::string name;
-        in >> name;
+        std::string savedClass;
+        in >> savedClass;
     }
     long long kind = 0;
     if (!(in >> kind) || kind < 0 || kind > std::numeric_limits<uint32_t>::max()) {
