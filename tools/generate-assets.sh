@@ -44,7 +44,7 @@ for f in "$font" "$licence"; do
 done
 
 build=build-tools
-tools=(generate-rocks generate-ship generate-cargo generate-font preview-model preview-font)
+tools=(generate-rocks generate-ship generate-cargo generate-font preview-model preview-font model-check-test)
 cmake -S . -B "$build" -G Ninja -DKORVEL_TOOLS=ON -DKORVEL_BENCH=OFF >/dev/null
 cmake --build "$build" -j"$(nproc)" --target "${tools[@]}"
 
@@ -56,7 +56,11 @@ generated=(models.txt asteroid.obj asteroid.mtl asteroid2.obj asteroid2.mtl
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 out=$work/data
-mkdir -p "$out"
+mkdir -p "$out" "$work/check"
+
+# The generators check each model they write; first make sure the check
+# itself refuses damaged models.
+"$build/tools/model-check-test" "$work/check"
 
 echo "generating into $out"
 "$build/tools/generate-rocks" "$out"
