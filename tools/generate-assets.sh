@@ -21,21 +21,7 @@ case "${1:-}" in
   *) echo "usage: $0 [--verify | --preview DIR]" >&2; exit 2 ;;
 esac
 
-scripts/deps.sh
-packages=(libfreetype-dev fonts-dejavu-core)
-missing=()
-for p in "${packages[@]}"; do
-  status=$(dpkg-query -W -f='${Status}' "$p" 2>/dev/null || true)
-  [[ "$status" == "install ok installed" ]] || missing+=("$p")
-done
-if [[ ${#missing[@]} -gt 0 ]]; then
-  echo "installing: ${missing[*]}"
-  sudo=()
-  [[ $(id -u) -eq 0 ]] || sudo=(sudo)
-  export DEBIAN_FRONTEND=noninteractive
-  "${sudo[@]}" apt-get update -qq
-  "${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
-fi
+scripts/deps.sh libfreetype-dev fonts-dejavu-core
 
 font=/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf
 licence=/usr/share/doc/fonts-dejavu-core/copyright

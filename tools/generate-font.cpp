@@ -10,7 +10,7 @@
 // Cells are Padding pixels apart, so that filtering never mixes neighbours.
 //
 //   generate-font <font file> <directory>
-#include "parser/Parser.h"
+#include "tools/GlyphTable.h"
 #include "tools/Image.h"
 #include "tools/ObjWriter.h"
 
@@ -174,34 +174,22 @@ std::string descriptor(const Font& font)
 // once, every rectangle inside the atlas.
 bool checkDescriptor(const std::string& text, int imageHeight)
 {
-    korvel::Parser parser;
-    std::ostringstream trace;
-    std::streambuf* saved = std::cout.rdbuf(trace.rdbuf());
-    const bool parsed = parser.parse(text);
-    std::cout.rdbuf(saved);
-    korvel::BaseParserElement* module = parser.getModule();
-    module->startAttributes();
-    korvel::BaseParserElement* glyphs = module->getNextAttribute("Glyphs");
-    if (!parsed || glyphs == nullptr) {
+    std::vector<tools::GlyphRectangle> glyphs;
+    if (!tools::GlyphTable::read(text, glyphs)) {
         std::cerr << "the font descriptor does not parse" << std::endl;
         return false;
     }
     std::set<int> codes;
-    for (korvel::BaseParserElement* g : glyphs->getAttributes()) {
-        int32_t v[5] = {0, 0, 0, 0, 0};
-        const char* names[5] = {"Code", "X", "Y", "SizeX", "SizeY"};
-        for (int i = 0; i < 5; ++i) {
-            g->startAttributes();
-            g->getNextAttributeValueInt(names[i], v[i]);
-        }
-        if (v[1] < 0 || v[2] < 0 || v[1] + v[3] > atlasWidth || v[2] + v[4] > imageHeight || v[3] <= 0) {
-            std::cerr << "glyph " << v[0] << " lies outside the atlas" << std::endl;
+    for (const tools::GlyphRectangle& g : glyphs) {
+        if (g.x < 0 || g.y < 0 || g.x + g.width > atlasWidth || g.y + g.height > imageHeight || g.width <= 0) {
+            std::cerr << "glyph " << g.code << " lies outside the atlas" << std::endl;
             return false;
         }
-        codes.insert(v[0]);
+        codes.insert(g.code);
     }
-    const bool complete = codes.size() == static_cast<std::size_t>(lastCode - firstCode + 1) &&
-                          *codes.begin() == firstCode && *codes.rbegin() == lastCode;
+    const bool complete = glyphs.size() == static_cast<std::size_t>(lastCode - firstCode + 1) &&
+                          codes.size() == glyphs.size() && *codes.begin() == firstCode &&
+                          *codes.rbegin() == lastCode;
     if (!complete) {
         std::cerr << "the font descriptor misses printable codes" << std::endl;
     }

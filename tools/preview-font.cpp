@@ -3,46 +3,30 @@
 // its pixel size, so that spacing and baseline can be looked at.
 //
 //   preview-font <font.oft> <picture.png> <text>
-#include "parser/Parser.h"
+#include "tools/GlyphTable.h"
 #include "tools/Image.h"
 
+#include <algorithm>
 #include <fstream>
 #include <iostream>
 #include <map>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace {
 
-struct Rectangle {
-    int x = 0, y = 0, width = 0, height = 0;
-};
-
-bool readRectangles(const std::string& path, std::map<int, Rectangle>& out)
+bool readRectangles(const std::string& path, std::map<int, tools::GlyphRectangle>& out)
 {
     std::ifstream in(path);
     std::stringstream text;
     text << in.rdbuf();
-    korvel::Parser parser;
-    std::ostringstream trace;
-    std::streambuf* saved = std::cout.rdbuf(trace.rdbuf());
-    const bool parsed = in && parser.parse(text.str());
-    std::cout.rdbuf(saved);
-    korvel::BaseParserElement* module = parser.getModule();
-    if (!parsed || module == nullptr) {
+    std::vector<tools::GlyphRectangle> glyphs;
+    if (!in || !tools::GlyphTable::read(text.str(), glyphs)) {
         return false;
     }
-    module->startAttributes();
-    korvel::BaseParserElement* glyphs = module->getNextAttribute("Glyphs");
-    for (korvel::BaseParserElement* g : glyphs == nullptr ? std::vector<korvel::BaseParserElement*>()
-                                                          : glyphs->getAttributes()) {
-        int32_t v[5] = {0, 0, 0, 0, 0};
-        const char* names[5] = {"Code", "X", "Y", "SizeX", "SizeY"};
-        for (int i = 0; i < 5; ++i) {
-            g->startAttributes();
-            g->getNextAttributeValueInt(names[i], v[i]);
-        }
-        out[v[0]] = Rectangle{v[1], v[2], v[3], v[4]};
+    for (const tools::GlyphRectangle& g : glyphs) {
+        out[g.code] = g;
     }
     return !out.empty();
 }
@@ -56,7 +40,7 @@ int main(int argc, char** argv)
         return 2;
     }
     const std::string path = argv[1];
-    std::map<int, Rectangle> rectangles;
+    std::map<int, tools::GlyphRectangle> rectangles;
     tools::Image atlas(1, 1);
     if (!readRectangles(path, rectangles) || !atlas.load(path.substr(0, path.rfind('.')) + ".png")) {
         std::cerr << "cannot read the font " << path << std::endl;
@@ -66,7 +50,7 @@ int main(int argc, char** argv)
     int width = 0;
     int height = 0;
     for (char c : text) {
-        const Rectangle& r = rectangles.count(c) != 0 ? rectangles[c] : rectangles['?'];
+        const tools::GlyphRectangle& r = rectangles.count(c) != 0 ? rectangles[c] : rectangles['?'];
         width += r.width;
         height = std::max(height, r.height);
     }
@@ -74,7 +58,7 @@ int main(int argc, char** argv)
     tools::Image picture(static_cast<unsigned>(width + 16), static_cast<unsigned>(height + 16), ground);
     int pen = 8;
     for (char c : text) {
-        const Rectangle& r = rectangles.count(c) != 0 ? rectangles[c] : rectangles['?'];
+        const tools::GlyphRectangle& r = rectangles.count(c) != 0 ? rectangles[c] : rectangles['?'];
         for (int y = 0; y < r.height; ++y) {
             for (int x = 0; x < r.width; ++x) {
                 const tools::Colour g = atlas.get(static_cast<unsigned>(r.x + x), static_cast<unsigned>(r.y + y));
