@@ -6,6 +6,8 @@
 #include "render/ShaderProgramManagerBase.h"
 #include "render/ShaderVertex.h"
 
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -90,6 +92,43 @@ TEST_F(ShaderProgramManagerGLTest, DefinitionWinsOverRawFilesAndExpandsIncludes)
     const std::string& fragment = both->getFragment()->getSource();
     EXPECT_FALSE(has(fragment, "#include"));
     EXPECT_TRUE(has(fragment, "vec3 includedColour(vec2 uv)\n"));
+}
+
+std::string fileText(const std::string& name)
+{
+    std::ifstream in(name);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+TEST_F(ShaderProgramManagerGLTest, RawFilesServeWhenNoDefinitionOpensAndProgramSwitchesAreCached)
+{
+    korvel::ShaderProgramManagerBase manager;
+    manager.setPath(fixtures);
+    CaptureStdout out;
+    ShaderProgram* raw = manager.getProgram("Raw");
+    ASSERT_NE(raw, nullptr) << out.text();
+    EXPECT_TRUE(has(out.text(), "[Warning] unable to open shader definition file"));
+    EXPECT_FALSE(has(out.text(), "[ERROR]")) << out.text();
+    EXPECT_EQ(raw->getVertex()->getSource(), fileText(fixtures + "shaderVRaw.glsl"));
+    EXPECT_EQ(raw->getFragment()->getSource(), fileText(fixtures + "shaderFRaw.glsl"));
+    ShaderProgram* both = manager.getProgram("Both");
+    ASSERT_NE(both, nullptr) << out.text();
+
+    // Only a program other than the one made current last is bound; the
+    // manager does not see an unUse, so after one the same program is not
+    // bound again through it.
+    const GLint rawId = static_cast<GLint>(raw->getProgramRaw());
+    const GLint bothId = static_cast<GLint>(both->getProgramRaw());
+    manager.useProgram(raw);
+    EXPECT_EQ(currentProgram(), rawId);
+    raw->unUse();
+    manager.useProgram(raw);
+    EXPECT_EQ(currentProgram(), 0);
+    manager.useProgram(both);
+    EXPECT_EQ(currentProgram(), bothId);
+    manager.useProgram(raw);
+    EXPECT_EQ(currentProgram(), rawId);
+    EXPECT_EQ(manager.getCurrentProgram(), raw);
 }
 
 }  // namespace
