@@ -29,9 +29,11 @@ Shape::Shape() = default;
 
 Shape::Shape(const Shape& other) : ISerializable(other)
 {
-    // Not through addTriangle: a derived copy re-indexes on its own.
+    // Not through addTriangle: a derived copy re-indexes on its own. Plain
+    // triangles: map coordinates are carried only by a textured triangle's
+    // own copy operations.
     for (const Triangle* t : other.triangles) {
-        Triangle* copy = ownedCopyOf(*t);
+        auto* copy = new Triangle(*t);
         triangles.push_back(copy);
         positions.insert(copy, std::prev(triangles.end()));
     }

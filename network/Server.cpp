@@ -3,7 +3,6 @@
 #include "network/NetworkLog.h"
 
 #include <algorithm>
-#include <cstring>
 #include <new>
 #include <sstream>
 #include <system_error>
@@ -231,20 +230,22 @@ bool Server::queueRequest(const Buffer& buffer)
 
 bool Server::receiveMessage(Buffer& buffer, int& clientIndex)
 {
+    // A caller of its own (the main thread) gets a stub of its own: the one
+    // made for the reading thread exists only while that thread runs and
+    // belongs to it.
+    ClientStub stub;
+    return receiveInto(stub, buffer, clientIndex);
+}
+
+bool Server::receiveInto(ClientStub& stub, Buffer& buffer, int& clientIndex)
+{
     clientIndex = -1;
-    if (!socket.receiveFrom(*sender, buffer)) {
+    if (!socket.receiveFrom(stub, buffer)) {
         return false;
     }
-    // With one slot, a stray datagram that took it would lock the real client
-    // out: only a message framed as a request (type 0 or 1 on top) claims one.
-    short type = -1;
-    if (buffer.getUsed() >= framingSize) {
-        std::memcpy(&type, buffer.getData() + buffer.getUsed() - sizeof type, sizeof type);
-    }
-    if (type != typeACK && type != typeNACK) {
-        return true;
-    }
-    if (!checkAddClient(*sender, clientIndex)) {
+    // Whatever the datagram holds, its sender is a client: found among the
+    // known ones or given the first free slot.
+    if (!checkAddClient(stub, clientIndex)) {
         clientIndex = -1;
         networkLog("[Warning] cannot add client at message reception!");
     }
@@ -275,7 +276,7 @@ void Server::readLoop()
     bool failed = false;
     while (isReading) {
         int clientIndex = -1;
-        if (!receiveMessage(*receiveBuffer, clientIndex)) {
+        if (!receiveInto(*sender, *receiveBuffer, clientIndex)) {
             if (isReading) {
                 networkLog("[ERROR] socket cannot receive message!");
                 failed = true;
@@ -306,12 +307,9 @@ void Server::handleMessage(Buffer& buffer, int clientIndex)
         return;
     }
     networkLog("[Information] server got message! Id is: " + std::to_string(id));
-    if (type != typeACK && type != typeNACK) {
-        networkLog("[Warning] server dropped a message of type " + std::to_string(type) + ", not a request");
-        return;
-    }
-    // Queued before it is acknowledged: an acknowledgement always stands for
-    // a request the main thread will see.
+    // Queued before it is acknowledged, and not acknowledged when the full
+    // queue drops it: an acknowledgement always stands for a request the
+    // main thread will see.
     if (!queueRequest(buffer)) {
         return;
     }

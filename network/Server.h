@@ -58,9 +58,10 @@ public:
     // The oldest request, now owned by the caller, or null.
     Buffer* feedRequest();
 
-    // One datagram into `buffer`; `clientIndex` is the sender's slot, or -1
-    // when every slot is taken by someone else or the datagram is not framed
-    // as a request.
+    // One datagram into `buffer`, its sender in a new stub; `clientIndex` is
+    // the sender's slot (found or just given), or -1 when every slot is
+    // taken by someone else. While the reading thread runs, the two share
+    // the datagrams that come.
     bool receiveMessage(Buffer& buffer, int& clientIndex);
 
     static void threadRead(Server* server);
@@ -72,6 +73,7 @@ public:
 
 private:
     void readLoop();
+    bool receiveInto(ClientStub& stub, Buffer& buffer, int& clientIndex);
     void handleMessage(Buffer& buffer, int clientIndex);
     bool queueRequest(const Buffer& buffer);
     bool clientAddress(int index, sockaddr_in& address) const;

@@ -36,7 +36,7 @@ bool Preprocessor::process(std::string& result)
     pendingStart = 0;
     processing = true;
 
-    std::size_t includes = 0;
+    openIncludes.clear();
     bool ok = true;
     for (;;) {
         const std::size_t found = pending.find(directive, pendingStart);
@@ -58,21 +58,23 @@ bool Preprocessor::process(std::string& result)
             ok = false;
             break;
         }
-        if (includes == maxIncludes) {
-            std::cout << "[Error] preprocessing stopped after " << maxIncludes
-                      << " includes, is a file including itself?" << std::endl;
+        const std::string fileName = pending.substr(opening + 1, closing - opening - 1);
+        std::string cycle;
+        if (includesItself(fileName, cycle)) {
+            // Expanding it would bring the same directive back for ever.
+            std::cout << "[Error] preprocessing include cycle, a file includes itself: " << cycle << std::endl;
             ok = false;
             break;
         }
-        ++includes;
-        const std::string fileName = pending.substr(opening + 1, closing - opening - 1);
         const std::size_t directiveLength = closing + 1 - found;
         pendingStart = closing + 1;
+        const std::size_t restBefore = pending.size() - pendingStart;
         if (!processInclude(fileName)) {
             ok = false;
             break;
         }
-        if (result.size() + pending.size() - pendingStart > maxOutputSize) {
+        openIncludes.push_back({fileName, restBefore});
+        if (outputSize() > maxOutputSize) {
             std::cout << "[Error] preprocessing output grew beyond " << maxOutputSize << " bytes" << std::endl;
             ok = false;
             break;
@@ -90,7 +92,25 @@ bool Preprocessor::process(std::string& result)
     pending.shrink_to_fit();
     pendingStart = 0;
     processing = false;
+    openIncludes.clear();
     return ok;
+}
+
+bool Preprocessor::includesItself(const std::string& fileName, std::string& cycle)
+{
+    while (!openIncludes.empty() && outputSize() - openIncludes.back().tail <= position) {
+        openIncludes.pop_back();
+    }
+    for (std::size_t i = 0; i < openIncludes.size(); ++i) {
+        if (openIncludes[i].fileName == fileName) {
+            for (std::size_t j = i; j < openIncludes.size(); ++j) {
+                cycle += openIncludes[j].fileName + " -> ";
+            }
+            cycle += fileName;
+            return true;
+        }
+    }
+    return false;
 }
 
 bool Preprocessor::processInclude(const std::string& fileName)

@@ -12,6 +12,7 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace korvel {
 
@@ -21,9 +22,11 @@ public:
     static const char* getClassName() { return className; }
     const char* getInstanceClassName() const override { return className; }
 
-    // An include cycle makes the output grow for ever, so one process() is
-    // cut short past these bounds.
-    static constexpr std::size_t maxIncludes = 1000;
+    // Files that include each other in turn (a cycle) are stopped as soon as
+    // a directive is found inside a text that the same file brought in. Any
+    // number of includes is fine otherwise, but a few files that include
+    // others many times over can still multiply the output: it is cut short
+    // past this size.
     static constexpr std::size_t maxOutputSize = 16u * 1024u * 1024u;
 
     Preprocessor();
@@ -46,7 +49,20 @@ public:
     bool getStringFromFile(const std::string& fileName, std::string& result);
 
 private:
+    // An included text still being searched: the file it came from, and how
+    // far its end lies from the end of the whole output. Later insertions
+    // all happen before that end, so the distance stays right as the output
+    // grows.
+    struct OpenInclude {
+        std::string fileName;
+        std::size_t tail;
+    };
+
     void insertPending(const std::string& text);
+    std::size_t outputSize() const { return position + pending.size() - pendingStart; }
+    // Forgets the included texts that end before position; true when
+    // fileName is one of those still around it, with the chain in `cycle`.
+    bool includesItself(const std::string& fileName, std::string& cycle);
 
     std::string source;
     std::string* output;
@@ -56,6 +72,8 @@ private:
     std::string pending;
     std::size_t pendingStart;
     bool processing;
+    // Innermost last; each lies within the one before it.
+    std::vector<OpenInclude> openIncludes;
 };
 
 }  // namespace korvel

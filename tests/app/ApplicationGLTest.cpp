@@ -10,6 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -123,14 +124,32 @@ public:
     GameRun run(bool escape)
     {
         GameRun result;
+        // The game's environment: this one, less the variables unset, with
+        // the variables added in place of any of the same name.
+        std::vector<std::string> variables;
+        for (char** v = environ; *v != nullptr; ++v) {
+            const std::string variable = *v;
+            const std::string name = variable.substr(0, variable.find('=') + 1);
+            const bool replaced = std::any_of(added.begin(), added.end(),
+                                              [&](const std::string& a) { return a.rfind(name, 0) == 0; });
+            if (!replaced && std::find(unset.begin(), unset.end(), name.substr(0, name.size() - 1)) == unset.end()) {
+                variables.push_back(variable);
+            }
+        }
+        variables.insert(variables.end(), added.begin(), added.end());
+        std::vector<char*> environment;
+        for (std::string& variable : variables) {
+            environment.push_back(variable.data());
+        }
+        environment.push_back(nullptr);
+        const std::string exe = (bin / "quorbane").string();
         const pid_t pid = fork();
         if (pid == 0) {
             const int fd = ::open((root / "console.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
             dup2(fd, 1);
             dup2(fd, 2);
             close(fd);
-            const std::string exe = (bin / "quorbane").string();
-            execl(exe.c_str(), exe.c_str(), static_cast<char*>(nullptr));
+            execle(exe.c_str(), exe.c_str(), static_cast<char*>(nullptr), environment.data());
             _exit(127);
         }
         std::string window;
@@ -170,6 +189,8 @@ public:
     fs::path root;
     fs::path bin;
     fs::path data;
+    std::vector<std::string> unset;  // names
+    std::vector<std::string> added;  // "NAME=value"
 };
 
 TEST(ApplicationGLTest, NormalRunLogsItsStartUpInOrderAndEscapeEndsItCleanly)
@@ -278,6 +299,20 @@ const Failure failures[] = {
      0, {"[information] Path directory: <root>/bin/../data/", "Path changed: <root>/bin/../data/",
          "[information] log is now directed to file <root>/bin/../data/Quorbane_", "[Success] world initialized"},
      "[ERROR]", ""},
+    // Start-up steps that end the program: GLFW without a display, a window
+    // without a GL driver, a window size that is not positive, no models list.
+    {"NoDisplay", [](Sandbox& box) { box.unset = {"DISPLAY", "WAYLAND_DISPLAY"}; }, 1,
+     {"[Warning] configuration not found", "[ERROR] Unable to initialize GLFW"}, "[Success] GLFW initialized", ""},
+    {"NoGLDriver", [](Sandbox& box) { box.added = {"LIBGL_DRIVERS_PATH=/nonexistent"}; }, 1,
+     {"[Success] GLFW initialized", "[ERROR] Unable to initialize Windows"}, "[Success] Window created", ""},
+    {"WindowWidthZero",
+     [](Sandbox& box) { writeFile(box.data / "config.def", "<View>\n<Width>0</Width>\n</View>\n"); }, 1,
+     {"[Information] Width for view changed:0", "[ERROR] window size must be positive",
+      "[ERROR] Unable to initialize Windows"},
+     "[Success] Window created", ""},
+    {"NoModelsList", [](Sandbox& box) { fs::remove(box.data / "models.txt"); }, 1,
+     {"[Success] texture manager ready", "[ERROR] model descriptor not found", "[ERROR] unable to init Model manager"},
+     "[Success] model retrieved", ""},
     // A directory in the way of every name the log could take in the next
     // minute: opening it for writing fails even for root.
     {"LogFileThatCannotBeCreated",

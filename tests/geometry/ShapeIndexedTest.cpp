@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <functional>
 #include <map>
@@ -29,9 +30,10 @@ using korvel::Triangle;
 namespace {
 
 // Empty when the indexed shape is consistent, else the first rule broken:
-// triangles link only indexed, live, distinct shared points and are proper;
-// each node lists exactly the triangles using its point, once each; the
-// octree finds every point by value and holds only live nodes.
+// triangles link only indexed, live shared points (degenerate ones, with two
+// or three corners on one point, too); each node lists exactly the triangles
+// using its point, once each; the octree finds every point by value and
+// holds only live nodes.
 std::string inconsistency(const ShapeIndexed& s)
 {
     const auto& index = s.getPointsIndex();
@@ -41,14 +43,12 @@ std::string inconsistency(const ShapeIndexed& s)
         if (t->isOwned()) {
             return "triangle owning its points";
         }
-        for (Vector4D* p : t->points) {
+        const std::set<Vector4D*> corners(std::begin(t->points), std::end(t->points));
+        for (Vector4D* p : corners) {
             if (index.count(p) == 0 || s.isRemoved(p)) {
                 return "triangle point not in the index, or removed";
             }
             users[p].insert(t);
-        }
-        if (!t->isTriangle()) {  // also catches two corners on one shared point
-            return "degenerate triangle";
         }
     }
     std::set<const ShapeNode*> live;
@@ -91,8 +91,9 @@ std::unique_ptr<Shape> sphere(int division, float radius = 1.0f)
 
 // n x n quads in a plane, with a border: an open surface. With duplicates,
 // neighbouring quads write their shared corners slightly differently (within
-// the equality tolerance), some triangles come twice and a few degenerate
-// ones, which the index must refuse, are mixed in.
+// the equality tolerance), some triangles come twice, and degenerate ones
+// as model files have them are mixed in: two corners on one point, three in
+// a line, and all three on a point of their own.
 std::unique_ptr<Shape> grid(int n, bool duplicates = false)
 {
     auto s = std::make_unique<Shape>();
@@ -106,6 +107,10 @@ std::unique_ptr<Shape> grid(int n, bool duplicates = false)
         }
         if (duplicates && k % 7 == 0) {
             s->addTriangle(new Triangle(a, a, d));
+            s->addTriangle(new Triangle(a, c, pt(x + 2, y + 2, 1)));
+        }
+        if (duplicates && k % 11 == 0) {
+            s->addTriangle(new Triangle(pt(-x, -y, 5), pt(-x, -y, 5), pt(-x, -y, 5)));
         }
     }
     return s;
@@ -228,13 +233,17 @@ TEST(ShapeIndexedTest, SmallFanSharesSamplesCollapsesAndReportsMisuse)
     for (int i = 0; i < 4; ++i) {
         s.addTriangle(new Triangle(centre, ring[i], ring[(i + 1) % 4]));
     }
+    // Degenerate, yet entered and listed once by the centre's node.
+    auto* flat = new Triangle(centre, centre, ring[1]);
     {
         CaptureStdout out;
-        s.addTriangle(new Triangle(centre, centre, ring[1]));
-        EXPECT_EQ(out.text(), "[Warning] degenerate triangle refused by ShapeIndexed\n");
+        s.addTriangle(flat);
+        EXPECT_EQ(out.text(), "");
     }
-    ASSERT_EQ(s.getTriangleCount(), 4u);
-    EXPECT_EQ(s.getPointCount(), 5u);  // twelve corners on five shared points
+    ASSERT_EQ(s.getTriangleCount(), 5u);
+    EXPECT_EQ(s.getTriangles().back(), flat);
+    EXPECT_EQ(s.getPointCount(), 5u);  // fifteen corners on five shared points
+    EXPECT_EQ(inconsistency(s), "");
     EXPECT_TRUE(s.hasTriangle(Triangle(ring[1], centre, ring[0])));
 
     // Under ten points the sampling strides are 1: consecutive entries.
@@ -262,7 +271,7 @@ TEST(ShapeIndexedTest, SmallFanSharesSamplesCollapsesAndReportsMisuse)
     Vector4D* p = node->point;
     ASSERT_TRUE(s.removePointRaw(p));
     EXPECT_TRUE(s.isRemoved(p));
-    EXPECT_EQ(s.getTriangleCount(), 2u);  // the two triangles on the collapsed edge are gone
+    EXPECT_EQ(s.getTriangleCount(), 2u);  // those on the collapsed edge are gone, and the flat one
     for (const Triangle* t : s.getTriangles()) {
         EXPECT_TRUE(t->hasPoint(ring[0]));
     }
@@ -296,6 +305,41 @@ TEST(ShapeIndexedTest, SmallFanSharesSamplesCollapsesAndReportsMisuse)
     // A node still in use takes its triangles along.
     EXPECT_TRUE(s.removeNode(s.getPointDataByValue(ring[0])));
     EXPECT_EQ(s.getTriangleCount(), 0u);
+    EXPECT_EQ(inconsistency(s), "");
+}
+
+TEST(ShapeIndexedTest, DegenerateFacesAreKeptAndNormalsAndCollapsesCopeWithThem)
+{
+    ShapeIndexed s;
+    const Vector4D a = pt(0, 0, 0), b = pt(1, 0, 0), c = pt(0, 1, 0), inLine = pt(2, 0, 0), lone = pt(5, 5, 5);
+    s.addTriangle(new Triangle(a, b, c));
+    s.addTriangle(new Triangle(a, a, b));           // two corners on one point
+    s.addTriangle(new Triangle(a, b, inLine));      // three in a line
+    s.addTriangle(new Triangle(lone, lone, lone));  // all three on a point of its own
+    EXPECT_EQ(s.getTriangleCount(), 4u);
+    EXPECT_EQ(s.getPointCount(), 5u);
+    EXPECT_EQ(inconsistency(s), "");
+
+    // Faces without area add nothing to a normal; a point that has only
+    // such faces has none, and no NaN either.
+    s.computeIndexes();
+    for (const auto& [p, node] : s.getPointsIndex()) {
+        EXPECT_TRUE(std::isfinite(node->normal.x) && std::isfinite(node->normal.y) && std::isfinite(node->normal.z));
+    }
+    EXPECT_FLOAT_EQ(s.getPointDataByValue(a)->normal.z, 1.0f);
+    EXPECT_EQ(s.getPointDataByValue(lone)->normal.norm3D(), 0.0f);
+    EXPECT_EQ(s.getPointDataByValue(inLine)->normal.norm3D(), 0.0f);
+
+    // A point with nothing to collapse onto goes with its faces.
+    CaptureStdout out;
+    ASSERT_TRUE(s.removePointRaw(s.getPointDataByValue(lone)->point));
+    EXPECT_EQ(out.text(), "");
+    EXPECT_EQ(s.getPointDataByValue(lone), nullptr);
+    EXPECT_EQ(s.getTriangleCount(), 3u);
+    EXPECT_EQ(inconsistency(s), "");
+    std::srand(2);
+    EXPECT_TRUE(s.reduceDetail(0.5f));
+    EXPECT_LE(s.getPointCount(), 2u);
     EXPECT_EQ(inconsistency(s), "");
 }
 

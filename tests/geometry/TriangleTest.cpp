@@ -1,4 +1,5 @@
 #include "geometry/Material.h"
+#include "geometry/ShapeIndexed.h"
 #include "geometry/Triangle.h"
 #include "geometry/TriangleTextured.h"
 #include "support/CaptureStdout.h"
@@ -67,14 +68,28 @@ TEST(TriangleTest, LinkedTrianglesReplaceLinksAndBecomeOwnedByAssignment)
     EXPECT_FALSE(linked->replaceLinked(&shared[2], &other));
     EXPECT_EQ(out.text(), "[warning] attempt to replace no existing linked point in Triangle\n");
 
+    // Assigned, the values go into the linked points themselves.
     out.clear();
     const Vector4D n(0, 0, 1, 0);
     const Triangle source(pt(0, 0, 0), pt(2, 0, 0), pt(0, 2, 0), nullptr, &n, &n, nullptr);
     *linked = source;
     EXPECT_EQ(out.text(), "[ERROR] assignment to not owned triangle\n");
-    EXPECT_TRUE(linked->isOwned() && same(*linked->points[1], pt(2, 0, 0)) && linked->normals[2] == nullptr);
-    delete linked;  // owns fresh points now; the linked ones stay alive
-    EXPECT_TRUE(same(shared[1], pt(6, 5, 5)) && same(other, pt(4, 4, 4)));
+    EXPECT_TRUE(linked->isOwned() && linked->points[1] == &shared[1] && linked->points[2] == &other);
+    EXPECT_TRUE(same(shared[0], pt(0, 0, 0)) && same(shared[1], pt(2, 0, 0)) && same(other, pt(0, 2, 0)));
+    EXPECT_TRUE(linked->normals[1] != nullptr && same(*linked->normals[1], n) && linked->normals[2] == nullptr);
+    linked->initializePoints();  // they are not its own to free, whatever it now says
+    delete linked;
+
+    // In an indexed shape, the triangles sharing those points move along.
+    korvel::ShapeIndexed fan;
+    fan.addTriangle(new Triangle(pt(0, 0, 0), pt(1, 0, 0), pt(0, 1, 0)));
+    fan.addTriangle(new Triangle(pt(1, 0, 0), pt(1, 1, 0), pt(0, 1, 0)));
+    Triangle* first = fan.getTriangles().front();
+    Triangle* second = fan.getTriangles().back();
+    *first = Triangle(pt(0, 0, 0), pt(3, 0, 0), pt(0, 3, 0));
+    EXPECT_TRUE(same(*second->points[0], pt(3, 0, 0)) && same(*second->points[2], pt(0, 3, 0)));
+    EXPECT_EQ(second->points[0], first->points[1]);
+    first->setOwned(false);  // handed back to the shape, which frees the shared points
 
     // An owned target keeps its objects and drops the normals the source
     // lacks; it cannot take links.

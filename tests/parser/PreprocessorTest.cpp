@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -67,14 +68,55 @@ TEST(PreprocessorTest, DirectivesAreReplacedAndTheSearchGoesOnPastTheDirective)
     }
 }
 
-TEST(PreprocessorTest, GrowingIncludeLoopsAndHugeOutputsAreCutShort)
+TEST(PreprocessorTest, IncludeCyclesStopWhereFoundAndAnyNumberOfOtherIncludesPasses)
 {
-    // grow.glsl includes itself beyond its own directive, so every
-    // expansion brings in another one.
-    const Outcome grown = run("#include \"grow.glsl\"");
-    EXPECT_FALSE(grown.result);
-    EXPECT_EQ(grown.log, "[Error] preprocessing stopped after 1000 includes, is a file including itself?\n");
-    EXPECT_EQ(grown.output.size(), 1000 * 37 + std::string("#include \"grow.glsl\"").size());
+    const std::string outer = "0123456789abcdefghij\nx\ny\n\n";
+    const struct {
+        std::string source;
+        bool result;
+        std::string output;  // a cycle's directive stays, unexpanded
+    } cases[] = {
+        // grow.glsl includes itself beyond its own directive.
+        {"#include \"grow.glsl\"", false, "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ#include \"grow.glsl\"\n"},
+        {"#include \"cycA.glsl\"", false,
+         std::string(25, 'a') + std::string(25, 'b') + "#include \"cycA.glsl\"\n\n"},
+        // Once its text has been passed, the same file may come again.
+        {"#include \"outer.glsl\"" + std::string(30, '-') + "#include \"outer.glsl\"", true,
+         outer + std::string(30, '-') + outer},
+    };
+    for (const auto& c : cases) {
+        const Outcome got = run(c.source);
+        EXPECT_EQ(got.result, c.result) << c.source;
+        EXPECT_EQ(got.output, c.output) << c.source;
+        EXPECT_EQ(got.log.rfind(c.result ? "" : "[Error] preprocessing include cycle", 0), 0u) << got.log;
+    }
+    EXPECT_NE(run(cases[1].source).log.find("cycA.glsl -> cycB.glsl -> cycA.glsl"), std::string::npos);
+
+    // 1,200 distinct files one after the other, and 300 nested in each
+    // other: no cycle, so no limit.
+    const std::filesystem::path many = std::string(KORVEL_BINARY_DIR) + "preprocessor-many";
+    std::filesystem::create_directories(many);
+    std::string flat;
+    std::string expected;
+    for (int i = 0; i < 1200; ++i) {
+        const std::string line = "// line " + std::to_string(i) + " of a long list\n";
+        std::ofstream(many / ("n" + std::to_string(i) + ".glsl")) << line;
+        flat += "#include \"n" + std::to_string(i) + ".glsl\"\n";
+        expected += line + "\n";
+    }
+    for (int i = 0; i < 300; ++i) {
+        std::ofstream(many / ("d" + std::to_string(i) + ".glsl"))
+            << "// depth " << i << " of a deep nest #include \"d" << (i + 1) << ".glsl\"\n";
+    }
+    std::ofstream(many / "d300.glsl") << "bottom";
+    const Outcome listed = run(flat, many.string());
+    EXPECT_TRUE(listed.result) << listed.log;
+    EXPECT_EQ(listed.output, expected);
+    const Outcome nested = run("#include \"d0.glsl\"", many.string());
+    EXPECT_TRUE(nested.result) << nested.log;
+    EXPECT_EQ(nested.output.find("#include"), std::string::npos);
+    EXPECT_NE(nested.output.find("bottom"), std::string::npos);
+    std::filesystem::remove_all(many);
 
     // Few but large expansions stop at the size bound instead: the
     // sixteenth 1 MiB file takes the output past 16 MiB.

@@ -6,6 +6,8 @@
 #include "render/ShaderProgramManagerBase.h"
 #include "render/ShaderVertex.h"
 
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -79,7 +81,15 @@ TEST_F(ShaderProgramManagerGLTest, FailedProgramsAreReportedOnceAndRemembered)
     }
 }
 
-TEST_F(ShaderProgramManagerGLTest, DefinitionWinsOverRawFilesAndExpandsIncludes)
+std::string fileText(const std::string& name)
+{
+    std::ifstream in(name);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+// A definition that opens wins over the raw files; without one, the raw
+// files are read as they are.
+TEST_F(ShaderProgramManagerGLTest, DefinitionWinsOverRawFilesWhichServeWithoutOneAndSwitchesAreCached)
 {
     korvel::ShaderProgramManagerBase manager;
     manager.setPath(fixtures);
@@ -90,6 +100,29 @@ TEST_F(ShaderProgramManagerGLTest, DefinitionWinsOverRawFilesAndExpandsIncludes)
     const std::string& fragment = both->getFragment()->getSource();
     EXPECT_FALSE(has(fragment, "#include"));
     EXPECT_TRUE(has(fragment, "vec3 includedColour(vec2 uv)\n"));
+    out.clear();
+    ShaderProgram* raw = manager.getProgram("Raw");
+    ASSERT_NE(raw, nullptr) << out.text();
+    EXPECT_TRUE(has(out.text(), "[Warning] unable to open shader definition file"));
+    EXPECT_FALSE(has(out.text(), "[ERROR]")) << out.text();
+    EXPECT_EQ(raw->getVertex()->getSource(), fileText(fixtures + "shaderVRaw.glsl"));
+    EXPECT_EQ(raw->getFragment()->getSource(), fileText(fixtures + "shaderFRaw.glsl"));
+
+    // Only a program other than the one made current last is bound; the
+    // manager does not see an unUse, so after one the same program is not
+    // bound again through it.
+    const GLint rawId = static_cast<GLint>(raw->getProgramRaw());
+    const GLint bothId = static_cast<GLint>(both->getProgramRaw());
+    manager.useProgram(raw);
+    EXPECT_EQ(currentProgram(), rawId);
+    raw->unUse();
+    manager.useProgram(raw);
+    EXPECT_EQ(currentProgram(), 0);
+    manager.useProgram(both);
+    EXPECT_EQ(currentProgram(), bothId);
+    manager.useProgram(raw);
+    EXPECT_EQ(currentProgram(), rawId);
+    EXPECT_EQ(manager.getCurrentProgram(), raw);
 }
 
 }  // namespace

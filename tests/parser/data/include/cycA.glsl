@@ -1,0 +1,1 @@
+aaaaaaaaaaaaaaaaaaaaaaaaa#include "cycB.glsl"

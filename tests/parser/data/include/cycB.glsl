@@ -1,0 +1,1 @@
+bbbbbbbbbbbbbbbbbbbbbbbbb#include "cycA.glsl"
