@@ -110,7 +110,15 @@ public:
         // KORVEL_TEST_DATA is <repository>/tests/app/data/, which need not exist.
         fs::copy((fs::path(KORVEL_TEST_DATA) / "../../../data/Shaders").lexically_normal(), data / "Shaders",
                  fs::copy_options::recursive);
-        writeFile(data / "models.txt", "0\n");
+        // The game's own models: it cannot start without its rocks and ship.
+        const fs::path models = (fs::path(KORVEL_TEST_DATA) / "../../../data").lexically_normal();
+        for (const auto& entry : fs::directory_iterator(models)) {
+            const std::string name = entry.path().filename().string();
+            const std::string extension = entry.path().extension().string();
+            if (extension == ".obj" || extension == ".mtl" || name == "models.txt" || name == "cargo.png") {
+                fs::copy(entry.path(), data / entry.path().filename());
+            }
+        }
         writeFile(bin / "path.def", "<Path>\n<Absolute>" + data.string() + "/</Absolute>\n</Path>\n");
     }
     ~Sandbox()
@@ -220,7 +228,7 @@ TEST(ApplicationGLTest, NormalRunLogsItsStartUpInOrderAndEscapeEndsItCleanly)
          "[Information] creating program for Wood", "[Success] shader program established",
          "[Success] openGL variables set", "[Information] Start base for view changed:1",
          "[Information] End base for view changed:200", "[Success] view initiated", "[Success] texture manager ready",
-         "[Information] Model Manager is now verbose", "[Information] found models list: 0 item(s)",
+         "[Information] Model Manager is now verbose", "[Information] found models list: 4 item(s)",
          "[Success] model retrieved", "[Success] world initialized",
          // Escape's press, through the window's key callback.
          "[information] Position in world: ", "[Information] shader source is now verbose",

@@ -1,0 +1,337 @@
+// The game as a player runs it: real executables on the test display, each in
+// a directory of its own with its own path.def, data and config.def, driven by
+// keys and clicks sent through xdotool. Every wait is on a line of a log, a
+// window or the end of a process.
+
+#include <gtest/gtest.h>
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string readFile(const fs::path& file)
+{
+    std::ifstream in(file);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+// The command's standard output, without its final line ends.
+std::string shell(const std::string& command)
+{
+    std::string output;
+    if (FILE* pipe = popen((command + " 2>/dev/null").c_str(), "r")) {
+        char buffer[256];
+        while (fgets(buffer, sizeof buffer, pipe) != nullptr) {
+            output += buffer;
+        }
+        pclose(pipe);
+    }
+    return output.substr(0, output.find_last_not_of('\n') + 1);
+}
+
+// A UDP port that nothing holds right now.
+int freePort()
+{
+    const int fd = ::socket(AF_INET, SOCK_DGRAM, 0);
+    sockaddr_in a{};
+    a.sin_family = AF_INET;
+    a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof a;
+    ::bind(fd, reinterpret_cast<sockaddr*>(&a), length);
+    ::getsockname(fd, reinterpret_cast<sockaddr*>(&a), &length);
+    ::close(fd);
+    return ntohs(a.sin_port);
+}
+
+int countOf(const std::string& text, const std::string& line)
+{
+    int count = 0;
+    for (std::size_t at = text.find(line); at != std::string::npos; at = text.find(line, at + 1)) {
+        ++count;
+    }
+    return count;
+}
+
+// The ids after "[Information] Server message Id: ", in log order.
+std::vector<unsigned long long> shownIds(const std::string& log)
+{
+    std::vector<unsigned long long> ids;
+    const std::regex id("\\[Information\\] Server message Id: (\\d+)");
+    for (auto m = std::sregex_iterator(log.begin(), log.end(), id); m != std::sregex_iterator(); ++m) {
+        ids.push_back(std::stoull((*m)[1]));
+    }
+    return ids;
+}
+
+// One instance of the game in a directory of its own.
+class Game {
+public:
+    explicit Game(const std::string& config)
+    {
+        char pattern[] = "/tmp/quorbane-game-XXXXXX";
+        root = mkdtemp(pattern);
+        data = root / "data";
+        fs::create_directories(root / "bin");
+        fs::create_directories(data);
+        fs::copy(fs::path(KORVEL_BINARY_DIR) / "quorbane", root / "bin" / "quorbane");
+        const fs::path shared = (fs::path(KORVEL_TEST_DATA) / "../../../data").lexically_normal();
+        for (const auto& entry : fs::directory_iterator(shared)) {
+            const std::string name = entry.path().filename().string();
+            if (name != "config.def" && entry.path().extension() != ".log" && name.rfind("Quorbane", 0) != 0) {
+                fs::create_symlink(entry.path(), data / name);
+            }
+        }
+        std::ofstream(root / "bin" / "path.def") << "<Path><Absolute>" << data.string() << "/</Absolute></Path>\n";
+        std::ofstream(data / "config.def") << config;
+    }
+    ~Game()
+    {
+        if (pid > 0) {
+            kill(pid, SIGKILL);
+            waitpid(pid, nullptr, 0);
+        }
+        std::error_code ignored;
+        fs::remove_all(root, ignored);
+    }
+    Game(const Game&) = delete;
+    Game& operator=(const Game&) = delete;
+
+    // Starts it and waits for its window.
+    bool start()
+    {
+        pid = fork();
+        if (pid == 0) {
+            const int fd = ::open((root / "console.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+            dup2(fd, 1);
+            dup2(fd, 2);
+            close(fd);
+            const std::string exe = (root / "bin" / "quorbane").string();
+            execl(exe.c_str(), exe.c_str(), static_cast<char*>(nullptr));
+            _exit(127);
+        }
+        window = shell("timeout 60 xdotool search --sync --pid " + std::to_string(pid) + " | head -n 1");
+        // Keys go to the window as events, not through the server's keyboard
+        // (a key held there would repeat into the next window).
+        shell("xdotool windowfocus $(xdotool search --maxdepth 0 '' | head -n 1)");
+        return !window.empty();
+    }
+
+    // The console (before the log takes over) and the log file.
+    std::string text() const
+    {
+        std::string all = readFile(root / "console.txt");
+        for (const auto& entry : fs::directory_iterator(data)) {
+            if (entry.path().extension() == ".log") {
+                all += readFile(entry.path());
+            }
+        }
+        return all;
+    }
+
+    // Waits until the text holds `line` at least `count` times.
+    bool waitFor(const std::string& line, int count = 1, int limitSeconds = 60) const
+    {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(limitSeconds);
+        while (countOf(text(), line) < count) {
+            if (std::chrono::steady_clock::now() > end) {
+                return false;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        }
+        return true;
+    }
+
+    void key(const std::string& keys) const { shell("xdotool key --window " + window + " " + keys); }
+
+    // A real pointer move and click inside the window.
+    void click(int x, int y) const
+    {
+        shell("xdotool mousemove --window " + window + " " + std::to_string(x) + " " + std::to_string(y) +
+              " click 1");
+    }
+
+    void moveWindow(int x, int y) const
+    {
+        shell("xdotool windowmove " + window + " " + std::to_string(x) + " " + std::to_string(y));
+    }
+
+    // Escape until it ends; its exit status, -1 when it had to be killed.
+    int quit()
+    {
+        int status = 0;
+        for (int tick = 0; waitpid(pid, &status, WNOHANG) != pid; ++tick) {
+            if (tick == 600) {
+                kill(pid, SIGKILL);
+                waitpid(pid, &status, 0);
+                pid = -1;
+                return -1;
+            }
+            if (tick % 30 == 0) {
+                key("Escape");
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        }
+        pid = -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    // Ends it at once, as a crash or a pulled cable would.
+    void kill9()
+    {
+        kill(pid, SIGKILL);
+        waitpid(pid, nullptr, 0);
+        pid = -1;
+    }
+
+    fs::path root;
+    fs::path data;
+    pid_t pid = -1;
+    std::string window;
+};
+
+const std::string smallView = "<View><Width>320</Width><Height>240</Height><Start>1</Start><End>300</End></View>\n";
+
+// Each entry must begin a line, in this order.
+::testing::AssertionResult linesInOrder(const std::string& text, const std::vector<std::string>& lines)
+{
+    std::istringstream in(text);
+    std::string line;
+    std::size_t next = 0;
+    while (next < lines.size() && std::getline(in, line)) {
+        next += line.rfind(lines[next], 0) == 0 ? 1 : 0;
+    }
+    if (next < lines.size()) {
+        return ::testing::AssertionFailure() << "missing or out of order: \"" << lines[next] << "\"\n---\n" << text;
+    }
+    return ::testing::AssertionSuccess();
+}
+
+TEST(ApplicationQuorbaneGLTest, AloneItStartsFliesFiresAndEndsOnEscapeLeavingOnlyTheLongLivedObjects)
+{
+    Game game(smallView + "<Memory><Verbose>1</Verbose></Memory>\n");
+    ASSERT_TRUE(game.start());
+    ASSERT_TRUE(game.waitFor("[Success] world initialized"));
+    game.key("z z Right Up s");
+    for (int shot = 0; shot < 3; ++shot) {
+        game.click(160, 120);
+    }
+    ASSERT_TRUE(game.waitFor("[information] Position in world: ", 10));
+    EXPECT_EQ(game.quit(), 0);
+    const std::string text = game.text();
+    EXPECT_TRUE(linesInOrder(
+        text, {"Buffer size: 8082", "COUNT_Enemies: 50", "COUNT_Bullets: 50", "COUNT_Explosions: 20",
+               "[information] log is now directed to file ", "[Success] configuration retrieved",
+               "[Success] model retrieved", "[Information] Joystick information: 0", "[Success] world initialized",
+               "[information] Position in world: ", "[information] launch of delete world",
+               "Count of initialized Objects: ", "Object ID: ", "[information] End logging events"}));
+    EXPECT_EQ(("\n" + text).find("\n[ERROR]"), std::string::npos) << text;
+    EXPECT_EQ(("\n" + text).find("\n[Error]"), std::string::npos) << text;
+    EXPECT_EQ(text.find("application is server"), std::string::npos);
+
+    // What outlives the world: the application with the bodies it holds by
+    // value, and the managers with what they own. No scene object, shape,
+    // buffer or stray force.
+    std::map<std::string, int> live;
+    const std::regex listed("Object ID: \\d+ / instance of class: (\\w+)");
+    for (auto m = std::sregex_iterator(text.begin(), text.end(), listed); m != std::sregex_iterator(); ++m) {
+        ++live[(*m)[1]];
+    }
+    // Bodies are scene objects, listed twice each (two object roots), each
+    // with its boundary shape; the application keeps one pick triangle.
+    const std::map<std::string, int> bodies = {
+        {"Enemy", 100},     {"Bullet", 100},     {"Explosion", 40},      {"Fusion", 2},
+        {"PhysicalObject", 2}, {"ForceBlow", 150}, {"ForceField", 1},    {"IncarnationObserver", 122},
+        {"Shape", 122},     {"Triangle", 1},     {"ApplicationQuorbane", 1}};
+    const std::set<std::string> managers = {
+        "ApplicationManager3D", "ShaderProgramManagerBase", "ShaderProgramBase", "ShaderVertex", "ShaderFragment",
+        "TextureManager",       "TextureBase",              "Texture",           "ModelManager", "FactoryManager",
+        "IFactory",             "LogBuffer",                "OpenGLError",       "NetworkManager"};
+    for (const auto& [name, count] : live) {
+        const auto body = bodies.find(name);
+        if (body != bodies.end()) {
+            EXPECT_EQ(count, body->second) << name;
+        } else {
+            EXPECT_EQ(managers.count(name), 1u) << name << " x" << count << " still alive";
+        }
+    }
+}
+
+TEST(ApplicationQuorbaneGLTest, TwoInstancesPlayTogetherOverLoopbackAndTheClientOutlivesTheServer)
+{
+    const int port = freePort();
+    const std::string serve = smallView + "<isServer><port>" + std::to_string(port) + "</port></isServer>\n";
+    const std::string join =
+        smallView + "<server><address>127.0.0.1</address><port>" + std::to_string(port) + "</port></server>\n";
+    auto server = std::make_unique<Game>(serve);
+    ASSERT_TRUE(server->start());
+    ASSERT_TRUE(server->waitFor("[Success] server is now reading in pool the messages !"));
+    Game client(join);
+    ASSERT_TRUE(client.start());
+    client.moveWindow(400, 0);
+    ASSERT_TRUE(client.waitFor("[Success] client is now reading in pool the messages !"));
+
+    // Until the client speaks, the server does not know where to send.
+    client.key("z");
+    ASSERT_TRUE(server->waitFor("[Information] avatar moved by the client to: "));
+    ASSERT_TRUE(client.waitFor("[Information] Server message Id: ", 20));
+    const std::vector<unsigned long long> ids = shownIds(client.text());
+    ASSERT_GE(ids.size(), 20u);
+    EXPECT_EQ(std::adjacent_find(ids.begin(), ids.end(), std::greater_equal<>()), ids.end()) << "ids must rise";
+
+    // A key on the client moves the server's avatar; a click arms it.
+    const int moves = countOf(server->text(), "[Information] avatar moved by the client to: ");
+    client.key("Right z");
+    ASSERT_TRUE(server->waitFor("[Information] avatar moved by the client to: ", moves + 4));
+    client.click(160, 120);
+    ASSERT_TRUE(server->waitFor("[Information] bullet fired for the client: 0"));
+
+    // The server goes: the client says so and keeps running.
+    server->kill9();
+    const int missing = countOf(client.text(), "[Information] No update from server !");
+    ASSERT_TRUE(client.waitFor("[Information] No update from server !", missing + 50));
+
+    // A new server on the same port: it learns of the client at its next
+    // key, and its first updates carry ids the client has already passed.
+    const std::vector<unsigned long long> before = shownIds(client.text());
+    server = std::make_unique<Game>(serve);
+    ASSERT_TRUE(server->start());
+    ASSERT_TRUE(server->waitFor("[Success] server is now reading in pool the messages !"));
+    client.key("Left");
+    ASSERT_TRUE(server->waitFor("[Information] avatar moved by the client to: "));
+    // Shown again once the new server's ids pass the old ones.
+    ASSERT_TRUE(client.waitFor("[Information] Server message Id: ", static_cast<int>(before.size()) + 10, 90));
+    const std::vector<unsigned long long> after = shownIds(client.text());
+    EXPECT_GT(after[before.size()], before.back());
+
+    EXPECT_EQ(client.quit(), 0);
+    EXPECT_EQ(server->quit(), 0);
+    for (const std::string& text : {client.text(), server->text()}) {
+        EXPECT_EQ(("\n" + text).find("\n[ERROR]"), std::string::npos) << text;
+    }
+}
+
+}  // namespace
