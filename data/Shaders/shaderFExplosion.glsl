@@ -1,7 +1,7 @@
 #version 330
-// Explosion: a self-lit fireball that cools from white through orange to
-// dark smoke as it ages, brightest where it is seen face-on, and fades out.
-// The smoke it leaves is shaded by the main light.
+// Explosion: a self-lit fireball, white at its heart where it is seen
+// face-on, orange towards its soft edge, that cools to red and dark smoke as
+// it ages and fades out. The smoke it leaves is shaded by the main light.
 #include "korvelLighting.glsl"
 #include "korvelNoise.glsl"
 
@@ -20,12 +20,14 @@ void main()
     vec3 n = normalize(worldNormal);
     vec3 toEye = normalize(camera - worldPosition);
     float facing = abs(dot(n, toEye));
-    float flicker = korvelNoise(vec3(surfaceUV * 12.0, time * 6.0));
-    float heat = clamp(exp(-2.5 * time) * (0.6 + 0.6 * turbulence + 0.3 * flicker) * (0.4 + 0.6 * facing), 0.0, 1.0);
-    vec3 fire = mix(vec3(0.9, 0.15, 0.02), vec3(1.0, 0.65, 0.1), smoothstep(0.2, 0.6, heat));
-    fire = mix(fire, vec3(1.0, 0.97, 0.85), smoothstep(0.7, 1.0, heat));
-    vec3 smoke = korvelShade(vec3(0.18, 0.16, 0.15), n, worldPosition, 1.0, vec3(0.0));
-    vec3 color = mix(smoke, fire * 1.6, smoothstep(0.05, 0.35, heat));
-    float alpha = clamp((0.35 + 0.65 * facing) * exp(-1.2 * time), 0.0, 1.0);
+    float flicker = korvelNoise(vec3(worldPosition * 0.8 + vec3(0.0, 0.0, time * 6.0)));
+    float heat = clamp(exp(-1.6 * time) * (0.55 + 0.5 * turbulence + 0.3 * flicker) * (0.35 + 0.75 * facing),
+                       0.0, 1.0);
+    vec3 fire = mix(vec3(0.85, 0.12, 0.02), vec3(1.0, 0.55, 0.08), smoothstep(0.15, 0.5, heat));
+    fire = mix(fire, vec3(1.0, 0.95, 0.75), smoothstep(0.6, 0.95, heat));
+    vec3 smoke = korvelShade(vec3(0.2, 0.18, 0.17), n, worldPosition, 1.0, vec3(0.0));
+    vec3 color = mix(smoke, fire * 1.5, smoothstep(0.05, 0.3, heat));
+    // Soft edges: the faceted outline of the sphere never shows.
+    float alpha = clamp(pow(facing, 1.5) * (0.6 + 0.4 * heat) * exp(-0.8 * time), 0.0, 1.0);
     fragColor = korvelFog(color, alpha, eyeDistance);
 }
