@@ -20,8 +20,10 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <cstring>
 #include <map>
 #include <memory>
+#include <random>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -85,6 +87,38 @@ std::vector<unsigned long long> shownIds(const std::string& log)
         ids.push_back(std::stoull((*m)[1]));
     }
     return ids;
+}
+
+// Datagrams from a stranger: random bytes, and framed requests (move or shot,
+// or any code) carrying random values, NaN and infinities included.
+void hostileDatagrams(int port, int count)
+{
+    const int fd = ::socket(AF_INET, SOCK_DGRAM, 0);
+    sockaddr_in to{};
+    to.sin_family = AF_INET;
+    to.sin_port = htons(static_cast<uint16_t>(port));
+    to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    std::mt19937 random(99);
+    for (int i = 0; i < count; ++i) {
+        const bool framed = i % 3 != 0;
+        std::vector<unsigned char> bytes(framed ? (i % 2 == 0 ? 64 : 48) : random() % 100);
+        for (unsigned char& b : bytes) {
+            b = static_cast<unsigned char>(random());
+        }
+        if (framed) {
+            // Payload, code, id, type 0: a request as a client frames it.
+            const short code = static_cast<short>(i % 5 == 0 ? random() : (i % 2 == 0 ? 1 : 0));
+            const uint64_t id = static_cast<uint64_t>(i);
+            const short type = 0;
+            const std::size_t at = bytes.size();
+            bytes.resize(at + 12);
+            std::memcpy(bytes.data() + at, &code, 2);
+            std::memcpy(bytes.data() + at + 2, &id, 8);
+            std::memcpy(bytes.data() + at + 10, &type, 2);
+        }
+        ::sendto(fd, bytes.data(), bytes.size(), 0, reinterpret_cast<const sockaddr*>(&to), sizeof to);
+    }
+    ::close(fd);
 }
 
 // One instance of the game in a directory of its own.
@@ -280,7 +314,7 @@ TEST(ApplicationQuorbaneGLTest, AloneItStartsFliesFiresAndEndsOnEscapeLeavingOnl
     }
 }
 
-TEST(ApplicationQuorbaneGLTest, TwoInstancesPlayTogetherOverLoopbackAndTheClientOutlivesTheServer)
+TEST(ApplicationQuorbaneGLTest, TwoInstancesPlayTogetherOverLoopbackShrugOffAStrangerAndTheClientOutlivesTheServer)
 {
     const int port = freePort();
     const std::string serve = smallView + "<isServer><port>" + std::to_string(port) + "</port></isServer>\n";
@@ -308,6 +342,14 @@ TEST(ApplicationQuorbaneGLTest, TwoInstancesPlayTogetherOverLoopbackAndTheClient
     ASSERT_TRUE(server->waitFor("[Information] avatar moved by the client to: ", moves + 4));
     client.click(160, 120);
     ASSERT_TRUE(server->waitFor("[Information] bullet fired for the client: 0"));
+
+    // A stranger floods the server's port: garbage, requests with any code
+    // and any values. The server serves or refuses each and plays on.
+    const int served = countOf(server->text(), "Manager request - ");
+    hostileDatagrams(port, 300);
+    ASSERT_TRUE(server->waitFor("Manager request - ", served + 200));
+    const std::size_t shownBefore = shownIds(client.text()).size();
+    ASSERT_TRUE(client.waitFor("[Information] Server message Id: ", static_cast<int>(shownBefore) + 20));
 
     // The server goes: the client says so and keeps running.
     server->kill9();

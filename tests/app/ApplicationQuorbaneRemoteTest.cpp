@@ -610,7 +610,7 @@ TEST(ApplicationQuorbaneRemoteTest, SoakThroughALossyLinkNeverShowsAnOlderStateA
     uint64_t acknowledgements = 0;
     const float dt = 0.02f;
     const int frames = static_cast<int>(soakSeconds() / dt);
-    long residentAtWarmUp = 0;
+    [[maybe_unused]] long residentAtWarmUp = 0;
     std::size_t objectsAtWarmUp = 0;
     for (int tick = 0; tick < frames; ++tick) {
         // The client plays: turns now and then, fires five times a second.
@@ -683,7 +683,11 @@ TEST(ApplicationQuorbaneRemoteTest, SoakThroughALossyLinkNeverShowsAnOlderStateA
     EXPECT_GT(std::min({down.dropped, down.doubled, down.held}), frames / 50);
     EXPECT_EQ(errors, 0);
     EXPECT_EQ(Object::countInstances(), objectsAtWarmUp);
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    // The sanitizers hold freed memory back on purpose: only a plain build
+    // shows what the game keeps.
     EXPECT_LT(residentKilobytes() - residentAtWarmUp, 2048) << "resident memory grew";
+#endif
 }
 
 }  // namespace
