@@ -192,6 +192,8 @@ protected:
     void playAloneUnlessConnected();
 
 private:
+    // True only when the bullet cannot reach the body this frame.
+    static bool isSurelyMissing(const Bullet& bullet, const Vector4D& bodyPosition, float bodyRadius, float dt);
     // The first free blow of the pool, taken (released flag cleared), or null.
     ForceBlow* takeBlowForce();
     void splash(PhysicalObject* body, const Vector4D& point, float intensity);

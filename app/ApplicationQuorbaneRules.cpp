@@ -68,6 +68,28 @@ bool ApplicationQuorbane::updateForces(float dt)
     return true;
 }
 
+// A hit needs |rel|^2 = along^2 + perpendicular^2 < (travel + reach)^2 +
+// reach^2. Tested first with a bound of the travel that needs no square root,
+// and a margin for rounding, it rules out most pairs at the cost of a few
+// products; it never rules out one that the full test would take (a value
+// that is no number is never ruled out).
+bool ApplicationQuorbane::isSurelyMissing(const Bullet& bullet, const Vector4D& bodyPosition, float bodyRadius,
+                                          float dt)
+{
+    const Matrix4D* placement = bullet.getMatrixObject();
+    if (placement == nullptr) {
+        return false;
+    }
+    const float rx = bodyPosition.x - placement->m[12];
+    const float ry = bodyPosition.y - placement->m[13];
+    const float rz = bodyPosition.z - placement->m[14];
+    // |x| + |y| + |z| is never below the length.
+    const float bound = std::fabs(bullet.speed.x) + std::fabs(bullet.speed.y) + std::fabs(bullet.speed.z);
+    const float reach = bullet.radius + bodyRadius;
+    const float swept = bound * dt + reach;
+    return rx * rx + ry * ry + rz * rz > (swept * swept + reach * reach) * 1.001f;
+}
+
 // The bullet is a sphere swept along its path over the frame, both ways from
 // where it stands now. The first live bullet in index order that hits wins.
 bool ApplicationQuorbane::isColliding(PhysicalObject* body, Vector4D& impactPoint, Vector4D& impactDirection,
@@ -78,7 +100,7 @@ bool ApplicationQuorbane::isColliding(PhysicalObject* body, Vector4D& impactPoin
     }
     const Vector4D bodyPosition = body->getPosition();
     for (Bullet& bullet : bullets) {
-        if (!bullet.isAlive) {
+        if (!bullet.isAlive || isSurelyMissing(bullet, bodyPosition, body->radius, dt)) {
             continue;
         }
         const Vector4D bulletPosition = bullet.getPosition();
