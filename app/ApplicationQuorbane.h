@@ -194,6 +194,8 @@ protected:
 private:
     // True only when the bullet cannot reach the body this frame.
     static bool isSurelyMissing(const Bullet& bullet, const Vector4D& bodyPosition, float bodyRadius, float dt);
+    // Each rock's level of detail by its distance to the eye and its size.
+    void chooseEnemiesDetail();
     // The first free blow of the pool, taken (released flag cleared), or null.
     ForceBlow* takeBlowForce();
     void splash(PhysicalObject* body, const Vector4D& point, float intensity);

@@ -5,6 +5,8 @@
 
 #include "core/Random.h"
 #include "network/NetworkLog.h"
+#include "scene/IClone3D.h"
+#include "scene/IModel3D.h"
 #include "scene/World.h"
 
 #define GLFW_INCLUDE_NONE
@@ -19,6 +21,7 @@ bool ApplicationQuorbane::updateWorld(float dt)
 {
     const bool result = Application3D::updateWorld();
     manageJoystickAxis();
+    chooseEnemiesDetail();
     if (isClient) {
         showRemoteUpdates();
         return result;
@@ -56,6 +59,31 @@ bool ApplicationQuorbane::updateWorld(float dt)
         updateRemote();
     }
     return result;
+}
+
+// A rock far away for its size is drawn from a coarser level of its model:
+// each level has half the triangles of the one before, and the rocks are
+// most of the geometry of a frame. Only what is drawn changes.
+void ApplicationQuorbane::chooseEnemiesDetail()
+{
+    if (world == nullptr) {
+        return;
+    }
+    const Vector4D eye = world->getPosition();
+    for (Enemy& enemy : enemies) {
+        auto* clone = dynamic_cast<IClone3D*>(enemy.getIncarnation());
+        const Matrix4D* placement = enemy.getMatrixObject();
+        if (clone == nullptr || clone->getModel() == nullptr || placement == nullptr) {
+            continue;
+        }
+        const float size = std::fmax(placement->getColumn(0).norm3D(), 0.001f);
+        const float distance = (enemy.getPosition() - eye).norm3D() / size;
+        const short level = distance < 25.0f ? 0 : distance < 50.0f ? 1 : distance < 100.0f ? 2 : 3;
+        if (level != clone->getLOD() && clone->getModel()->getObject(level) != nullptr) {
+            clone->setLOD(level);
+            clone->setModel(clone->getModel());
+        }
+    }
 }
 
 bool ApplicationQuorbane::updateForces(float dt)

@@ -11,7 +11,10 @@
 #              update, the one that places the rocks (the game updates its
 #              world at most 50 times a second, so 20 ms after its loop
 #              starts);
-#   rate       frames per second (all of the run, or the play window).
+#   rate       frames per second (all of the run, or the play window);
+#   peak       the most resident memory the process held;
+#   processor  processor time of all its threads per frame (whole run), which
+#              other work on the machine disturbs less than the rate.
 # A small preloaded library counts glfwSwapBuffers calls; the game itself is
 # not changed. Each run is closed with Escape.
 set -euo pipefail
@@ -29,6 +32,7 @@ cat >"$work/swapcount.c" <<'EOF'
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <stdio.h>
+#include <sys/resource.h>
 #include <stdlib.h>
 #include <time.h>
 
@@ -99,7 +103,26 @@ __attribute__((destructor)) static void report(void)
         rate = windowSwaps > 1 ? (double)(windowSwaps - 1) / (lastSwap - windowFirst) : 0.0;
         counted = windowSwaps;
     }
-    fprintf(f, "%.4f %.4f %.1f %ld\n", firstSwap - atof(start), populated - atof(start), rate, counted);
+    // The peak resident memory of the run, in megabytes.
+    long peak = 0;
+    FILE* status = fopen("/proc/self/status", "r");
+    if (status != NULL) {
+        char line[256];
+        while (fgets(line, sizeof line, status) != NULL) {
+            if (sscanf(line, "VmHWM: %ld", &peak) == 1) {
+                break;
+            }
+        }
+        fclose(status);
+    }
+    // Processor time of all the process's threads (the renderer's included)
+    // per frame: what a frame costs, whatever else the machine runs.
+    struct rusage usage;
+    getrusage(RUSAGE_SELF, &usage);
+    const double cpu = (double)usage.ru_utime.tv_sec + (double)usage.ru_utime.tv_usec * 1e-6 +
+                       (double)usage.ru_stime.tv_sec + (double)usage.ru_stime.tv_usec * 1e-6;
+    fprintf(f, "%.4f %.4f %.1f %ld %.1f %.2f\n", firstSwap - atof(start), populated - atof(start), rate, counted,
+            (double)peak / 1024.0, 1000.0 * cpu / (double)swaps);
     fclose(f);
 }
 EOF
@@ -142,8 +165,9 @@ for i in $(seq 1 "$runs"); do
   xvfb-run -a -s "-screen 0 1280x720x24" "$work/one-run.sh" "$PWD/$build/quorbane" "$work/swapcount.so" \
     "$work/run$i.txt" "$seconds" "$mode" || true
   if [[ -f $work/run$i.txt ]]; then
-    read -r startup populated fps frames <"$work/run$i.txt"
-    echo "run $i: start-up ${startup} s, populated ${populated} s, ${fps} frames/s over ${frames} frames"
+    read -r startup populated fps frames peak cpu <"$work/run$i.txt"
+    echo "run $i: start-up ${startup} s, populated ${populated} s, ${fps} frames/s over ${frames} frames," \
+      "peak resident ${peak} MB, ${cpu} ms of processor a frame"
   else
     echo "run $i: no measurement (the game did not reach its loop or did not exit)"
   fi
@@ -154,3 +178,5 @@ median() { sort -n | awk '{v[NR]=$1} END {if (NR == 0) print "n/a"; else if (NR 
 echo "median start-up to first frame:      $(cat "$work"/run*.txt 2>/dev/null | awk '{print $1}' | median) s"
 echo "median start-up to populated frame:  $(cat "$work"/run*.txt 2>/dev/null | awk '{print $2}' | median) s"
 echo "median frames per second:            $(cat "$work"/run*.txt 2>/dev/null | awk '{print $3}' | median)"
+echo "median peak resident memory:         $(cat "$work"/run*.txt 2>/dev/null | awk '{print $5}' | median) MB"
+echo "median processor time a frame:       $(cat "$work"/run*.txt 2>/dev/null | awk '{print $6}' | median) ms"
