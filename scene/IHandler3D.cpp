@@ -176,15 +176,7 @@ void IHandler3D::initRepresentatives()
 
 void IHandler3D::releaseRepresentatives()
 {
-    for (short level = 0; level < levelCount; ++level) {
-        IObject3D* object = representatives[level];
-        for (short later = level; later < levelCount; ++later) {
-            if (representatives[later] == object) {
-                representatives[later] = nullptr;
-            }
-        }
-        delete object;
-    }
+    deleteEachOnce(representatives, levelCount);
     current = nullptr;
 }
 
