@@ -50,7 +50,11 @@ bool IHandler3D::load(std::istream& in)
             return false;
         }
         setRepresentative(level, created);
+        if (!enterNestedLoad(className)) {
+            return false;
+        }
         result = created->load(in);
+        leaveNestedLoad();
     }
     setLOD(shown);
     return result;
