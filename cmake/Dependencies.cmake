@@ -22,14 +22,21 @@ function(korvel_link_platform target)
   endif()
 endfunction()
 
-# meshoptimizer is a yardstick for the detail-reduction benchmark only; the
-# engine never links it.
+# meshoptimizer and tinyobjloader are yardsticks for the benchmarks only
+# (detail reduction, OBJ loading); the engine never links them.
 find_path(MESHOPT_INCLUDE_DIR meshoptimizer.h)
 find_library(MESHOPT_LIBRARY meshoptimizer)
+find_path(TINYOBJ_INCLUDE_DIR tiny_obj_loader.h)
+find_library(TINYOBJ_LIBRARY tinyobjloader)
 function(korvel_bench_extras target)
   if(MESHOPT_INCLUDE_DIR AND MESHOPT_LIBRARY)
     target_include_directories(${target} SYSTEM PRIVATE ${MESHOPT_INCLUDE_DIR})
     target_link_libraries(${target} PRIVATE ${MESHOPT_LIBRARY})
     target_compile_definitions(${target} PRIVATE KORVEL_HAVE_MESHOPT=1)
+  endif()
+  if(TINYOBJ_INCLUDE_DIR AND TINYOBJ_LIBRARY)
+    target_include_directories(${target} SYSTEM PRIVATE ${TINYOBJ_INCLUDE_DIR})
+    target_link_libraries(${target} PRIVATE ${TINYOBJ_LIBRARY})
+    target_compile_definitions(${target} PRIVATE KORVEL_HAVE_TINYOBJ=1)
   endif()
 endfunction()

@@ -61,6 +61,9 @@ public:
     bool getMinPointY(Vector4D& p) const override;
 
     ShapeNode* getPointDataByValue(const Vector4D& p) const;
+    // The node of a shared point, by pointer (null for a point not shared
+    // here), in constant time.
+    ShapeNode* getNode(const Vector4D* p) const { return nodeOf(p); }
     bool removeNode(ShapeNode* node);
     // Collapses p onto its nearest neighbour.
     bool removePointRaw(Vector4D* p);

@@ -41,7 +41,8 @@ IObject3D::IObject3D(const IObject3D& other)
       localMax(other.localMax),
       worldMin(other.worldMin),
       worldMax(other.worldMax),
-      made(false)
+      made(false),
+      name(other.name)
 {
 }
 
@@ -67,8 +68,8 @@ bool IObject3D::load(std::istream& in)
     const bool result = ISerializable::load(in);
     in >> std::ws;
     if (std::isalpha(in.peek())) {
-        std::string name;
-        in >> name;
+        std::string savedClass;
+        in >> savedClass;
     }
     long long kind = 0;
     if (!(in >> kind) || kind < 0 || kind > std::numeric_limits<uint32_t>::max()) {
@@ -258,6 +259,19 @@ void IObject3D::releaseObserver()
 {
     delete observer;
     observer = nullptr;
+}
+
+void IObject3D::deleteEachOnce(IObject3D** slots, int count)
+{
+    for (int i = 0; i < count; ++i) {
+        IObject3D* object = slots[i];
+        for (int later = i; later < count; ++later) {
+            if (slots[later] == object) {
+                slots[later] = nullptr;
+            }
+        }
+        delete object;
+    }
 }
 
 void IObject3D::setLocalLimits(const Vector4D& min, const Vector4D& max)

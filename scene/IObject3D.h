@@ -28,6 +28,7 @@
 #include <istream>
 #include <list>
 #include <ostream>
+#include <string>
 
 namespace korvel {
 
@@ -87,6 +88,9 @@ public:
     // False, p untouched, when the object knows no lowest point.
     virtual bool getMinPointY(Vector4D& p) const;
     virtual void setAge(float age);
+    // Whether reduceDetail can lower this object's detail: model levels are
+    // generated only for objects that answer true.
+    virtual bool canReduceDetail() const { return false; }
 
     // Both delete the current matrix when owned and take the new one; a null
     // matrix is refused.
@@ -99,6 +103,14 @@ public:
     bool isMatrixObjectChanged() const { return matrixChanged; }
     void releaseMatrixObject();
     void releaseObserver();
+    // Deletes the objects of count slots, one standing in several slots
+    // once, and nulls every slot.
+    static void deleteEachOnce(IObject3D** slots, int count);
+
+    // The name the object asks to be known by (a world or a compound may
+    // register it under another one when it is taken). Not serialised here.
+    const std::string& getName() const { return name; }
+    void setName(const std::string& value) { name = value; }
 
     bool isVisible() const { return visible; }
     uint32_t getElementKind() const { return elementKind; }
@@ -126,6 +138,7 @@ protected:
     Vector4D worldMin;
     Vector4D worldMax;
     bool made;
+    std::string name;
 };
 
 }  // namespace korvel

@@ -8,7 +8,7 @@ packages=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   libgl-dev libgl1-mesa-dev libgl1-mesa-dri libglfw3-dev liblodepng-dev
   xvfb xauth xdotool imagemagick
-  clang libclang-rt-14-dev libmeshoptimizer-dev
+  clang libclang-rt-14-dev libmeshoptimizer-dev libtinyobjloader-dev
 )
 
 missing=()

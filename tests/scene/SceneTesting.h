@@ -1,0 +1,60 @@
+#pragma once
+// Helpers shared by the scene tests: a program manager holding named
+// programs that were never linked (enough to look programs up and save or
+// load objects without a display), and small shapes.
+
+#include "core/Vector4D.h"
+#include "geometry/Shape.h"
+#include "geometry/Sphere.h"
+#include "geometry/Triangle.h"
+#include "render/ShaderProgramBase.h"
+#include "render/ShaderProgramManagerBase.h"
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <string>
+
+inline Vector4D at(float x, float y, float z)
+{
+    return Vector4D(x, y, z, 1.0f);
+}
+
+// Programs that only carry their names; removed with the manager at the end.
+class FakePrograms {
+public:
+    explicit FakePrograms(std::initializer_list<const char*> names)
+    {
+        korvel::ShaderProgramManagerBase::init();
+        for (const char* name : names) {
+            auto* program = new ShaderProgramBase();
+            program->codeName = name;
+            korvel::ShaderProgramManager::getInstance()->getPrograms()[name] = program;
+        }
+    }
+    ~FakePrograms() { korvel::ShaderProgramManager::releaseInstance(); }
+    FakePrograms(const FakePrograms&) = delete;
+    FakePrograms& operator=(const FakePrograms&) = delete;
+
+    static ShaderProgramBase* get(const std::string& name)
+    {
+        return dynamic_cast<ShaderProgramBase*>(korvel::ShaderProgramManager::getInstance()->getPrograms()[name]);
+    }
+};
+
+// A triangle facing +z (counter-clockwise seen from +z).
+inline korvel::Triangle* flatTriangle(float x, float y, float z, float size = 1.0f)
+{
+    return new korvel::Triangle(at(x, y, z), at(x + size, y, z), at(x, y + size, z));
+}
+
+// A closed sphere mesh of about division^2 / 2 points.
+template <class ShapeKind>
+ShapeKind* sphereShape(float radius, int division)
+{
+    auto* shape = new ShapeKind();
+    korvel::Sphere sphere(at(0.0f, 0.0f, 0.0f), radius);
+    sphere.setDivision(division);
+    sphere.includeShape(shape, nullptr);
+    return shape;
+}
