@@ -28,9 +28,12 @@ namespace {
 // The marker floats this far above the marked face, so that it is not lost
 // in the face's own depth.
 constexpr float markerLift = 0.01f;
-// The beam leaves from below the eye (a beam through the eye would be seen
-// end-on, as a dot) and is this thick.
-constexpr float beamDrop = 0.2f;
+// The beam leaves from beside and below the eye (a beam through the eye
+// would be seen end-on, as a dot): from this far right and down on the
+// screen, in half screens, so from off its lower right corner. Its
+// thickness is a part of its distance where it leaves.
+constexpr float beamSide = 0.6f;
+constexpr float beamDrop = 1.2f;
 constexpr float beamThickness = 0.02f;
 
 // Walks the manager's programs in name order, making each current through
@@ -739,7 +742,7 @@ void World::deleteSelection()
 
 void World::moveSelectionBeam(int x, int y)
 {
-    if (selectionDisabled || width <= 0 || height <= 0) {
+    if (selectionDisabled || width <= 0 || height <= 0 || projection.m[0] == 0.0f || projection.m[5] == 0.0f) {
         return;
     }
     Vector4D up;
@@ -747,9 +750,15 @@ void World::moveSelectionBeam(int x, int y)
         return;
     }
     up.normalize3D();
-    const float reach = farDistance > 0.0f ? farDistance * 0.5f : 50.0f;
-    Vector4D start = beamOrigin - up * beamDrop + beamDirection * (2.0f * beamDrop);
+    Vector4D right = beamDirection.pvect3D(up);
+    right.normalize3D();
+    // From the lower right corner of the screen, just past the near plane,
+    // to the point under the cursor far ahead.
+    const float depth = nearDistance > 0.0f ? 2.0f * nearDistance : 1.0f;
+    Vector4D start = beamOrigin + beamDirection * depth + right * (beamSide * depth / projection.m[0])
+        - up * (beamDrop * depth / projection.m[5]);
     start.w = 1.0f;
+    const float reach = farDistance > 0.0f ? 0.5f * farDistance : 50.0f;
     Vector4D along = beamOrigin + beamDirection * reach - start;
     along.w = 0.0f;
     Matrix4D placement;
@@ -757,8 +766,8 @@ void World::moveSelectionBeam(int x, int y)
         return;
     }
     placement.setColumn(0, placement.getColumn(0) * along.norm3D());
-    placement.setColumn(1, placement.getColumn(1) * beamThickness);
-    placement.setColumn(2, placement.getColumn(2) * beamThickness);
+    placement.setColumn(1, placement.getColumn(1) * (beamThickness * depth));
+    placement.setColumn(2, placement.getColumn(2) * (beamThickness * depth));
     placement.setPosition(start);
     *selectionBeam.getMatrixObjectChange() = placement;
     selectionBeam.changeMatrixObject();

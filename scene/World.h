@@ -203,8 +203,9 @@ public:
     void subtractSelection();
     void deleteSelection();
     static constexpr float selectionScaleStep = 1.1f;
-    // The beam leaves from just below the eye and runs along the ray through
-    // the cursor. Nothing happens while the selection is disabled.
+    // The beam leaves from off the lower right corner of the screen and runs
+    // to the point under the cursor, far ahead. Nothing happens while the
+    // selection is disabled.
     void moveSelectionBeam(int x, int y);
     bool isBeamShown() const { return beamShown; }
     const Vector4D& getBeamOrigin() const { return beamOrigin; }
