@@ -372,8 +372,9 @@ TEST(WorldTest, TheMouseSelectsAndTheKeysTurnScaleAndDeleteTheSelection)
     // kept in the ball's frame.
     const korvel::Triangle* mark = world->getSelectionMarker().getShape()->getTriangles().front();
     for (int i = 0; i < 3; ++i) {
-        const Vector4D onBall = *ball->getMatrixObject() * *mark->points[i];
-        EXPECT_NEAR((onBall - *world->getPickTriangle().points[i]).norm3D(), 0.01f, 1e-4f);
+        const Vector4D lift = *ball->getMatrixObject() * *mark->points[i] - *world->getPickTriangle().points[i];
+        EXPECT_NEAR(lift.norm3D(), 0.01f, 1e-4f);
+        EXPECT_GT(lift.scal3D(world->getPickTriangle().getNormal()), 0.0f);
     }
     click(GLFW_MOUSE_BUTTON_RIGHT, 0, 0);  // the right button only picks
     EXPECT_EQ(world->getSelection(), ball);
