@@ -165,9 +165,11 @@ void World::collectLeaves(IObject3D* object)
     object->supplyElements(blendedLeaves, IObject3D::kindBlended);
 }
 
-void World::forgetObject(IObject3D* object)
+bool World::forgetObject(IObject3D* object)
 {
+    bool registered = false;
     while (removeElement(object)) {
+        registered = true;
     }
     std::list<IObject3D*> leaves;
     object->supplyElements(leaves, -1);
@@ -176,6 +178,7 @@ void World::forgetObject(IObject3D* object)
         plainLeaves.remove(leaf);
         blendedLeaves.remove(leaf);
     }
+    return registered;
 }
 
 void World::releaseObjects()
@@ -727,15 +730,11 @@ void World::deleteSelection()
     if (victim == nullptr) {
         return;
     }
-    bool registered = false;
-    for (const auto& entry : elements) {
-        registered = registered || entry.second == victim;
-    }
-    forgetObject(victim);
+    const bool owned = forgetObject(victim);
     releaseSelection();
     // Only what the world owns is deleted; a selection made from outside
     // the world is merely let go.
-    if (registered) {
+    if (owned) {
         delete victim;
     }
 }

@@ -219,8 +219,9 @@ private:
     bool inverseView(Matrix4D& inverse, const char* failure) const;
     // Camera position from the inverse view; viewChanged on success.
     void placeCamera(const char* failure);
-    // Takes every entry and leaf of object out of the world.
-    void forgetObject(IObject3D* object);
+    // Takes every entry and leaf of object out of the world; false when it
+    // was not registered.
+    bool forgetObject(IObject3D* object);
     void collectLeaves(IObject3D* object);
     void scaleSelection(float factor);
     void prepareMarker();

@@ -368,6 +368,7 @@ TEST(WorldTest, TheMouseSelectsAndTheKeysTurnScaleAndDeleteTheSelection)
     click(GLFW_MOUSE_BUTTON_LEFT, 410, 290);
     ASSERT_EQ(world->getSelection(), ball);
     EXPECT_TRUE(world->isSelectionShown());
+    EXPECT_FALSE(world->isBeamShown());  // no "Laser" program: the beam stays off
     // The marker lies on the picked face, a hair towards the eye, and is
     // kept in the ball's frame.
     const korvel::Triangle* mark = world->getSelectionMarker().getShape()->getTriangles().front();
