@@ -108,6 +108,10 @@ public:
     IObject3D* getElement(const std::string& name) const;
     const std::map<std::string, IObject3D*>& getElements() const { return elements; }
     std::size_t countElements() const { return elements.size(); }
+    // The leaves of kind 1 and of kind 2 of the registered objects, filled
+    // as objects are added. An object taken out by removeElement stays
+    // listed until removeRelatedElements; the world never reads through
+    // these lists.
     const std::list<IObject3D*>& getPlainLeaves() const { return plainLeaves; }
     const std::list<IObject3D*>& getBlendedLeaves() const { return blendedLeaves; }
     // The blended objects of the last draw, in drawing order.
