@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building, testing and playing need, and
-# nothing when they are all there already.
+# nothing when they are all there already. Packages given as arguments are
+# wanted too (the asset generators ask for theirs so).
 set -euo pipefail
 
 packages=(
@@ -9,6 +10,7 @@ packages=(
   libgl-dev libgl1-mesa-dev libgl1-mesa-dri libglfw3-dev liblodepng-dev
   xvfb xauth xdotool imagemagick
   clang libclang-rt-14-dev libmeshoptimizer-dev
+  "$@"
 )
 
 missing=()
