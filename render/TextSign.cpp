@@ -45,7 +45,7 @@ bool TextSign::importDefinitionOFT(Token* element, int imageWidth, int imageHeig
         std::cout << "[ERROR] Glyph Code out of byte range: " << value << std::endl;
         return false;
     }
-    code = static_cast<char>(value);
+    code = static_cast<signed char>(value);
     int32_t x = 0;
     int32_t y = 0;
     int32_t sizeX = 0;

@@ -27,8 +27,8 @@ public:
     // warning (it samples the wrong pixels, nothing worse).
     bool importDefinitionOFT(Token* element, int imageWidth, int imageHeight);
 
-    char getCode() const { return code; }
-    void setCode(char value) { code = value; }
+    signed char getCode() const { return code; }
+    void setCode(signed char value) { code = value; }
     float getLeftU() const { return leftU; }
     float getTopV() const { return topV; }
     float getRightU() const { return rightU; }
@@ -36,7 +36,7 @@ public:
     void setRectangle(float left, float top, float right, float bottom);
 
 private:
-    char code;
+    signed char code;
     float leftU;
     float topV;
     float rightU;

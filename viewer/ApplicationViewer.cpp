@@ -133,18 +133,22 @@ void ApplicationViewer::showModel()
             }
         }
         shown->setLOD(0);
-        IObject3D* first = shown->getRepresentative(0);
-        first->updateLimits();
-        const Vector4D& low = first->getLocalMin();
-        const Vector4D& high = first->getLocalMax();
-        centre[0] = (low.x + high.x) / 2.0f;
-        centre[1] = (low.y + high.y) / 2.0f;
-        centre[2] = (low.z + high.z) / 2.0f;
-        const Vector4D half((high.x - low.x) / 2.0f, (high.y - low.y) / 2.0f, (high.z - low.z) / 2.0f, 0.0f);
-        radius = std::max(half.norm3D(), 0.01f);
+        frame(*shown->getRepresentative(0));
     }
     resetOrbit();
     updateText();
+}
+
+void ApplicationViewer::frame(IObject3D& object)
+{
+    object.updateLimits();
+    const Vector4D& low = object.getLocalMin();
+    const Vector4D& high = object.getLocalMax();
+    centre[0] = (low.x + high.x) / 2.0f;
+    centre[1] = (low.y + high.y) / 2.0f;
+    centre[2] = (low.z + high.z) / 2.0f;
+    const Vector4D half((high.x - low.x) / 2.0f, (high.y - low.y) / 2.0f, (high.z - low.z) / 2.0f, 0.0f);
+    radius = std::max(half.norm3D(), 0.01f);
 }
 
 void ApplicationViewer::stepLevel(int step)

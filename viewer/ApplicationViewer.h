@@ -68,6 +68,8 @@ public:
     static std::size_t countTriangles(const IObject3D* object);
 
 private:
+    // The orbit's centre and radius: the object's bounding box.
+    void frame(IObject3D& object);
     void resetOrbit();
     // The text's plane lies this far ahead of the camera (twice the near
     // distance), and a line of the description is this high on it.

@@ -222,7 +222,7 @@ TEST_F(TextFontTest, ShippedFontHasEveryPrintableCodeInsideItsAtlas)
     for (int code = 32; code <= 126; ++code) {
         const korvel::TextSign* sign = font.getSign(static_cast<unsigned char>(code));
         ASSERT_NE(sign, nullptr) << code;
-        EXPECT_EQ(sign->getCode(), static_cast<char>(code));
+        EXPECT_EQ(sign->getCode(), static_cast<signed char>(code));
         EXPECT_GE(sign->getLeftU(), 0.0f) << code;
         EXPECT_GE(sign->getTopV(), 0.0f) << code;
         EXPECT_LT(sign->getLeftU(), sign->getRightU()) << code;
