@@ -41,6 +41,21 @@ double linePixels(const TextFont& font)
     return font.getImageHeight() > 0 ? static_cast<double>(font.getImageHeight()) : 1.0;
 }
 
+// One glyph cell of width w and height h hanging from (x, top), facing +z:
+// two textured triangles, counter-clockwise seen from the front, the
+// glyph's top row (its smaller v) at the top.
+void addCell(Shape& shape, const TextSign& sign, float x, float top, float w, float h)
+{
+    const Vector4D normal(0.0f, 0.0f, 1.0f, 0.0f);
+    const Vector4D uv[4] = {{sign.getLeftU(), sign.getBottomV(), 0.0f, 0.0f},
+                            {sign.getRightU(), sign.getBottomV(), 0.0f, 0.0f},
+                            {sign.getRightU(), sign.getTopV(), 0.0f, 0.0f},
+                            {sign.getLeftU(), sign.getTopV(), 0.0f, 0.0f}};
+    TriangleTextured::addShapeQuad(&shape, Vector4D(x, top - h, 0.0f, 1.0f), Vector4D(x + w, top - h, 0.0f, 1.0f),
+                                   Vector4D(x + w, top, 0.0f, 1.0f), Vector4D(x, top, 0.0f, 1.0f), nullptr, false,
+                                   &normal, &normal, &normal, &normal, &uv[0], &uv[1], &uv[2], &uv[3]);
+}
+
 }  // namespace
 
 TextProvider::TextProvider(TextFont* textFont, float height)
@@ -66,13 +81,16 @@ float TextProvider::scale() const
     return font != nullptr ? static_cast<float>(static_cast<double>(lineHeight) / linePixels(*font)) : 0.0f;
 }
 
+float TextProvider::advance(const TextSign* sign) const
+{
+    return sign != nullptr ? std::max(pixelWidth(*sign, *font), 0.0f) * scale() : 0.5f * lineHeight;
+}
+
 float TextProvider::lineWidth(const std::string& text, std::size_t begin, std::size_t end) const
 {
-    const float perPixel = scale();
     float width = 0.0f;
     for (std::size_t i = begin; i < end; ++i) {
-        const TextSign* sign = findSign(static_cast<unsigned char>(text[i]));
-        width += sign != nullptr ? std::max(pixelWidth(*sign, *font), 0.0f) * perPixel : 0.5f * lineHeight;
+        width += advance(findSign(static_cast<unsigned char>(text[i])));
     }
     return width;
 }
@@ -99,7 +117,6 @@ std::size_t TextProvider::layout(const std::string& text, Shape& shape) const
     const float perPixel = scale();
     const double cell = linePixels(*font);
     const float top = static_cast<float>(std::clamp(static_cast<double>(font->getAscent()), 0.0, cell)) * perPixel;
-    const Vector4D normal(0.0f, 0.0f, 1.0f, 0.0f);
     std::size_t quads = 0;
     float baseline = 0.0f;
     std::size_t begin = 0;
@@ -109,26 +126,15 @@ std::size_t TextProvider::layout(const std::string& text, Shape& shape) const
         float x = alignment == Alignment::left ? 0.0f : (alignment == Alignment::centre ? -0.5f * width : -width);
         for (std::size_t i = begin; i < end; ++i) {
             const TextSign* sign = findSign(static_cast<unsigned char>(text[i]));
-            if (sign == nullptr) {
-                x += 0.5f * lineHeight;
-                continue;
+            if (sign != nullptr) {
+                const float w = pixelWidth(*sign, *font) * perPixel;
+                const float h = pixelHeight(*sign, *font) * perPixel;
+                if (w > 0.0f && h > 0.0f) {
+                    addCell(shape, *sign, x, baseline + top, w, h);
+                    ++quads;
+                }
             }
-            const float w = pixelWidth(*sign, *font) * perPixel;
-            const float h = pixelHeight(*sign, *font) * perPixel;
-            if (w > 0.0f && h > 0.0f) {
-                const float y1 = baseline + top;
-                const float y0 = y1 - h;
-                const Vector4D uv[4] = {{sign->getLeftU(), sign->getBottomV(), 0.0f, 0.0f},
-                                        {sign->getRightU(), sign->getBottomV(), 0.0f, 0.0f},
-                                        {sign->getRightU(), sign->getTopV(), 0.0f, 0.0f},
-                                        {sign->getLeftU(), sign->getTopV(), 0.0f, 0.0f}};
-                TriangleTextured::addShapeQuad(&shape, Vector4D(x, y0, 0.0f, 1.0f), Vector4D(x + w, y0, 0.0f, 1.0f),
-                                               Vector4D(x + w, y1, 0.0f, 1.0f), Vector4D(x, y1, 0.0f, 1.0f), nullptr,
-                                               false, &normal, &normal, &normal, &normal, &uv[0], &uv[1], &uv[2],
-                                               &uv[3]);
-                ++quads;
-            }
-            x += std::max(w, 0.0f);
+            x += advance(sign);
         }
         if (end == text.size()) {
             return quads;

@@ -74,6 +74,9 @@ public:
 private:
     // World units per atlas pixel.
     float scale() const;
+    // World units the pen moves for one character drawn with sign (null:
+    // no sign at all).
+    float advance(const TextSign* sign) const;
     // Width of one line of text (no line end inside), in world units.
     float lineWidth(const std::string& text, std::size_t begin, std::size_t end) const;
 
