@@ -1,5 +1,6 @@
-// The shipped font with its atlas, and a message drawn through the game's
-// "Text" program: the pixels read back are the glyph's, the right way round.
+// The shipped font with its atlas, and a message drawn with it through the
+// game's "Text" program: the pixels read back are the glyph's, the right way
+// round.
 
 #include "support/CaptureStdout.h"
 #include "support/GLContextFixture.h"
@@ -36,19 +37,7 @@ protected:
     }
 };
 
-TEST_F(TextProviderGLTest, ShippedFontLoadsWithItsAtlas)
-{
-    korvel::TextFont font;
-    CaptureStdout out;
-    ASSERT_TRUE(font.importOFT(shipped + "Arial")) << out.text();
-    ASSERT_NE(font.getTexture(), nullptr);
-    EXPECT_EQ(font.getTexture()->getWidth(), static_cast<unsigned>(font.getImageWidth()));
-    EXPECT_EQ(font.getTexture()->getHeight(), static_cast<unsigned>(font.getImageHeight()));
-    EXPECT_EQ(out.text().find("[ERROR]"), std::string::npos) << out.text();
-    EXPECT_EQ(out.text().find("[Warning]"), std::string::npos) << out.text();
-}
-
-TEST_F(TextProviderGLTest, MessageDrawsItsGlyphPixels)
+TEST_F(TextProviderGLTest, ShippedFontLoadsAndAMessageDrawsItsGlyphPixels)
 {
     ASSERT_TRUE(korvel::ShaderProgramManagerBase::init());
     korvel::ShaderProgramManager* manager = korvel::ShaderProgramManager::getInstance();
@@ -56,8 +45,15 @@ TEST_F(TextProviderGLTest, MessageDrawsItsGlyphPixels)
     CaptureStdout quiet;
     auto* program = dynamic_cast<ShaderProgramBase*>(manager->getProgram("Text"));
     ASSERT_NE(program, nullptr) << quiet.text();
+    // The shipped font comes with its atlas, of the size it says.
     korvel::TextFont font;
+    quiet.clear();
     ASSERT_TRUE(font.importOFT(shipped + "Arial")) << quiet.text();
+    ASSERT_NE(font.getTexture(), nullptr);
+    EXPECT_EQ(font.getTexture()->getWidth(), static_cast<unsigned>(font.getImageWidth()));
+    EXPECT_EQ(font.getTexture()->getHeight(), static_cast<unsigned>(font.getImageHeight()));
+    EXPECT_EQ(quiet.text().find("[ERROR]"), std::string::npos) << quiet.text();
+    EXPECT_EQ(quiet.text().find("[Warning]"), std::string::npos) << quiet.text();
     font.setShaderProgram(program);
 
     // One line fills the window's height: in normalised device units (all
