@@ -709,6 +709,9 @@ void Application3D::manageKey(GLFWwindow* eventWindow, int key, int scancode, in
         world->rotSelection(-selectionRotationStep);
         break;
     case GLFW_KEY_DELETE:
+        if (pickedObject == world->getSelection()) {
+            pickedObject = nullptr;  // deleted with the selection
+        }
         world->deleteSelection();
         break;
     case GLFW_KEY_KP_SUBTRACT:
@@ -747,6 +750,11 @@ void Application3D::manageButton(GLFWwindow* eventWindow, int button, int action
         return;
     }
     pickedObject = world->pickObject(static_cast<int>(cursorX), static_cast<int>(cursorY), pickTriangle);
+    // The left button selects what it picks (or lets go of the selection
+    // over empty space); the right one only picks.
+    if (button == GLFW_MOUSE_BUTTON_LEFT) {
+        world->setSelection(pickedObject, pickTriangle);
+    }
     if (pickedObject != nullptr && pickingVerbose) {
         if (button == GLFW_MOUSE_BUTTON_LEFT) {
             std::cout << "[information] Release Left: Object found in Picking" << std::endl;

@@ -10,7 +10,7 @@
 #include "scene/IModel3D.h"
 #include "scene/ModelManager.h"
 
-#include <unistd.h>
+#include "FuzzSupport.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -19,12 +19,6 @@
 #include <string>
 
 namespace {
-
-class NullBuffer : public std::streambuf {
-protected:
-    int overflow(int c) override { return traits_type::not_eof(c); }
-    std::streamsize xsputn(const char*, std::streamsize n) override { return n; }
-};
 
 void writeSphere(std::ostream& out, int firstIndex)
 {
@@ -45,9 +39,7 @@ void writeSphere(std::ostream& out, int firstIndex)
 std::string directory()
 {
     static const std::string dir = [] {
-        char pattern[] = "/tmp/korvel-modelfuzz-XXXXXX";
-        const char* made = mkdtemp(pattern);
-        const std::string name = std::string(made != nullptr ? made : "/tmp") + "/";
+        const std::string name = makeFuzzDirectory("korvel-modelfuzz");
         std::ofstream a(name + "a.obj");
         writeSphere(a, 1);
         std::ofstream b(name + "b.obj");

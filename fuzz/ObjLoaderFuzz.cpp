@@ -9,7 +9,7 @@
 #include "scene/ModelShape.h"
 #include "scene/SceneFactories.h"
 
-#include <unistd.h>
+#include "FuzzSupport.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -20,18 +20,10 @@
 
 namespace {
 
-class NullBuffer : public std::streambuf {
-protected:
-    int overflow(int c) override { return traits_type::not_eof(c); }
-    std::streamsize xsputn(const char*, std::streamsize n) override { return n; }
-};
-
 std::string directory()
 {
     static const std::string dir = [] {
-        char pattern[] = "/tmp/korvel-objfuzz-XXXXXX";
-        const char* made = mkdtemp(pattern);
-        return std::string(made != nullptr ? made : "/tmp") + "/";
+        return makeFuzzDirectory("korvel-objfuzz");
     }();
     return dir;
 }

@@ -14,11 +14,6 @@ const char* Compound3D::className = "Compound3D";
 
 namespace {
 
-// Compounds nest through their joints; a saved file nesting them deeper is
-// refused rather than read by ever deeper recursion.
-constexpr int maxLoadDepth = 64;
-int loadDepth = 0;
-
 Vector4D lower(const Vector4D& a, const Vector4D& b)
 {
     return Vector4D(std::min(a.x, b.x), std::min(a.y, b.y), std::min(a.z, b.z), 1.0f);
@@ -61,12 +56,10 @@ bool Compound3D::load(std::istream& in)
         std::cout << "[Error] component count ill-formed in Compound3D load" << std::endl;
         return false;
     }
-    if (loadDepth >= maxLoadDepth) {
-        std::cout << "[Error] compounds nested too deep in Compound3D load" << std::endl;
+    if (!enterNestedLoad(className)) {
         return false;
     }
     registerSceneFactories();
-    ++loadDepth;
     releaseComponentJoints();
     for (long i = 0; i < count && result; ++i) {
         std::string componentName;
@@ -80,7 +73,7 @@ bool Compound3D::load(std::istream& in)
         delete joints[componentName];
         joints[componentName] = joint;
     }
-    --loadDepth;
+    leaveNestedLoad();
     updateLimits();
     return result;
 }

@@ -50,7 +50,11 @@ bool IHandler3D::load(std::istream& in)
             return false;
         }
         setRepresentative(level, created);
+        if (!enterNestedLoad(className)) {
+            return false;
+        }
         result = created->load(in);
+        leaveNestedLoad();
     }
     setLOD(shown);
     return result;
@@ -176,15 +180,7 @@ void IHandler3D::initRepresentatives()
 
 void IHandler3D::releaseRepresentatives()
 {
-    for (short level = 0; level < levelCount; ++level) {
-        IObject3D* object = representatives[level];
-        for (short later = level; later < levelCount; ++later) {
-            if (representatives[later] == object) {
-                representatives[later] = nullptr;
-            }
-        }
-        delete object;
-    }
+    deleteEachOnce(representatives, levelCount);
     current = nullptr;
 }
 

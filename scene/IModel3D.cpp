@@ -71,15 +71,7 @@ void IModel3D::addObject(int lod, IObject3D* object)
 
 void IModel3D::releaseElementLOD()
 {
-    for (int lod = 0; lod < levelCount; ++lod) {
-        IObject3D* object = objects[lod];
-        for (int later = lod; later < levelCount; ++later) {
-            if (objects[later] == object) {
-                objects[later] = nullptr;
-            }
-        }
-        delete object;
-    }
+    IObject3D::deleteEachOnce(objects, levelCount);
 }
 
 bool IModel3D::generateLOD()

@@ -261,6 +261,19 @@ void IObject3D::releaseObserver()
     observer = nullptr;
 }
 
+void IObject3D::deleteEachOnce(IObject3D** slots, int count)
+{
+    for (int i = 0; i < count; ++i) {
+        IObject3D* object = slots[i];
+        for (int later = i; later < count; ++later) {
+            if (slots[later] == object) {
+                slots[later] = nullptr;
+            }
+        }
+        delete object;
+    }
+}
+
 void IObject3D::setLocalLimits(const Vector4D& min, const Vector4D& max)
 {
     localMin = min;

@@ -103,6 +103,9 @@ public:
     bool isMatrixObjectChanged() const { return matrixChanged; }
     void releaseMatrixObject();
     void releaseObserver();
+    // Deletes the objects of count slots, one standing in several slots
+    // once, and nulls every slot.
+    static void deleteEachOnce(IObject3D** slots, int count);
 
     // The name the object asks to be known by (a world or a compound may
     // register it under another one when it is taken). Not serialised here.

@@ -1,6 +1,7 @@
 #include "scene/Joint3D.h"
 
 #include "core/FactoryManager.h"
+#include "scene/SceneFactories.h"
 
 #include <iostream>
 #include <string>
@@ -71,7 +72,11 @@ bool Joint3D::load(std::istream& in)
         return false;
     }
     setComponent(created);
+    if (!enterNestedLoad(className)) {
+        return false;
+    }
     result = created->load(in) && result;
+    leaveNestedLoad();
     updateLimits();
     return result;
 }

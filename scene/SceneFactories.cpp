@@ -11,11 +11,14 @@
 #include "scene/Object3D.h"
 #include "scene/ShapeIndexed3D.h"
 
+#include <iostream>
 #include <type_traits>
 
 namespace korvel {
 
 namespace {
+
+int loadNesting = 0;
 
 template <class Kind>
 ISerializable* createKind()
@@ -61,6 +64,21 @@ void registerSceneFactories()
     registerKind<CompoundClone3D>();
     registerKind<CompoundShallow3D>();
     registerKind<IHandler3D>();
+}
+
+bool enterNestedLoad(const char* kind)
+{
+    if (loadNesting >= maxLoadNesting) {
+        std::cout << "[Error] objects nested too deep in " << kind << " load" << std::endl;
+        return false;
+    }
+    ++loadNesting;
+    return true;
+}
+
+void leaveNestedLoad()
+{
+    --loadNesting;
 }
 
 }  // namespace korvel

@@ -78,10 +78,6 @@ bool ShapeIndexed3D::make()
                 return false;
             }
         }
-        if (nodes[0] == nodes[1] || nodes[1] == nodes[2] || nodes[0] == nodes[2]) {
-            std::cout << "[Error] indexes not consistent in ShapeIndexed3D" << std::endl;
-            return false;
-        }
         for (const ShapeNode* node : nodes) {
             indices[slot++] = static_cast<unsigned>(node->index);
         }

@@ -5,9 +5,10 @@
 // levels of detail of a model are generated.
 //
 // Index consistency, checked by make: every corner of every triangle is a
-// point shared by the shape, and no triangle has two corners on one point.
-// A shape edited behind its back (points swapped in triangles directly)
-// fails the check and is not uploaded.
+// point shared by the shape, numbered within the vertex data. A shape edited
+// behind its back (points swapped in triangles directly) fails the check and
+// is not uploaded. A degenerate triangle (two corners on one point) is
+// consistent: it is uploaded and covers no pixel.
 
 #include "scene/Shape3D.h"
 

@@ -133,9 +133,10 @@ TEST(LoaderFormatOBJTest, DialectTable)
           "[ERROR] face ill-formed\n"
           "[ERROR] face index definition not consistent with OBJ specification on v/vt/vn or v//vn\n"
           "[ERROR] face ill-formed\n[ERROR] face ill-formed\n"}},
-        // Indices that name nothing read as the zero vector, huge or not.
-        {"hugeAndNegative", "v 0 1 0\nv 1 1 0\nf 2000000000 1 2\nf -1 1 2\nf 0 1 2\nf 4294967297 1 2\n", "", 1, false,
-         "0,0,0 0,1,0 1,1,0|0,0,0 0,1,0 1,1,0|0,0,0 0,1,0 1,1,0", {"[Warning] degenerate triangle refused"}},
+        // Indices that name nothing read as the zero vector, huge or not; as
+        // atoi reads it, 4294967299 wraps to 3.
+        {"hugeAndNegative", "v 0 1 0\nv 1 1 0\nv 0 2 0\nf 2000000000 1 2\nf -1 1 2\nf 0 1 2\nf 4294967299 1 2\n", "",
+         1, false, "0,0,0 0,1,0 1,1,0|0,0,0 0,1,0 1,1,0|0,0,0 0,1,0 1,1,0|0,2,0 0,1,0 1,1,0", {}},
         {"empty", "", "", 0, false, "", {"[ERROR] model is empty\n"}},
         {"onlyPoints", square, "", 0, false, "", {"[ERROR] model is empty\n"}},
     };

@@ -174,11 +174,23 @@ TEST(Compound3DTest, SavedObjectsComeBackThroughTheFactories)
     delete copy;
     delete loaded;
 
-    std::istringstream unknown("Compound3D 1 1 \"x\" Joint3D 1 1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1 Teapot 1\n");
+    const std::string identity = " 1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1 ";
+    std::istringstream unknown("Compound3D 1 1 \"x\" Joint3D 1" + identity + "Teapot 1\n");
     CaptureStdout out;
     Compound3D failed;
     EXPECT_FALSE(failed.load(unknown));
     EXPECT_EQ(out.text(), "[Error] Factory creation error in Joint3D for Teapot\n");
+
+    // Joints nested a hundred deep are refused, not followed down the stack.
+    std::string deep = "Joint3D 1" + identity;
+    for (int i = 0; i < 100; ++i) {
+        deep += "Joint3D 1" + identity;
+    }
+    std::istringstream nested(deep + "none\n");
+    Joint3D top;
+    out.clear();
+    EXPECT_FALSE(top.load(nested));
+    EXPECT_EQ(out.text(), "[Error] objects nested too deep in Joint3D load\n");
 }
 
 }  // namespace

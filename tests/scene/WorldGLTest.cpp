@@ -1,14 +1,27 @@
-// The world feeds its camera and projection into real programs, and re-sends
-// the projection only when a scene setter asked for it. Values are read back
-// from the driver.
+// The world with a display: it feeds its camera and projection into real
+// programs and re-sends the projection only when a scene setter asked for it
+// (values read back from the driver); it draws opaque objects, then blended
+// ones, then the selection, and orders blended faces from the farthest; a
+// world saved and loaded again draws the same picture (pixels read back).
 
 #include "support/GLContextFixture.h"
+#include "ModelTesting.h"
+#include "SceneTesting.h"
+#include "render/GLBaseStructure.h"
 #include "render/ShaderProgramBase.h"
 #include "render/ShaderProgramManagerBase.h"
+#include "scene/Compound3D.h"
+#include "scene/Joint3D.h"
+#include "scene/ModelManager.h"
+#include "scene/ModelShape.h"
+#include "scene/ShapeIndexed3D.h"
 #include "scene/World.h"
+#include "geometry/ShapeIndexed.h"
 #include "support/CaptureStdout.h"
 
 #include <filesystem>
+#include <sstream>
+#include <vector>
 
 namespace {
 
@@ -61,6 +74,316 @@ TEST_F(WorldGLTest, SetupFeedsEveryProgramAndUpdatesResendOnlyWhatChanged)
     world.update();
     EXPECT_FLOAT_EQ(uniform(wood, wood->getProjectionLocation(), 0), world.getProjection().m[0]);
     EXPECT_FLOAT_EQ(uniform(wood, wood->getFogStartLocation(), 0), 7.0f);
+}
+
+// ---- drawing ----------------------------------------------------------------------
+
+using korvel::IObject3D;
+using korvel::Shape3D;
+using korvel::World;
+
+const int side = 64;  // the fixture's window
+
+const char* const vertexSource =
+    "#version 330\nin vec3 in_Position;\nin vec3 in_Normal;\nuniform mat4 projection;\nuniform mat4 modelview;\n"
+    "uniform mat4 refObject;\nout vec3 normal;\nvoid main()\n{\n    normal = mat3(refObject) * in_Normal;\n"
+    "    gl_Position = projection * modelview * refObject * vec4(in_Position, 1.0);\n}\n";
+
+std::string fragmentSource(const std::string& colour)
+{
+    return "#version 330\nin vec3 normal;\nout vec4 colour;\nvoid main()\n{\n    colour = " + colour + ";\n}\n";
+}
+
+// Flat programs, one colour each, and one shaded by the face's direction.
+// "Laser" is the selection's: its presence enables the marker and the beam.
+class Programs {
+public:
+    Programs()
+    {
+        const std::string dir = std::string(KORVEL_BINARY_DIR) + "scene_world_gltest/";
+        const std::pair<const char*, std::string> colours[] = {
+            {"Red", "vec4(1.0, 0.0, 0.0, 1.0)"},
+            {"Glass", "vec4(0.0, 0.0, 1.0, 0.5)"},
+            {"Laser", "vec4(0.0, 1.0, 0.0, 1.0)"},
+            {"Shade", "vec4(0.5 + 0.5 * normalize(normal), 1.0)"},
+        };
+        korvel::ShaderProgramManager::releaseInstance();  // programs of an earlier test
+        korvel::ShaderProgramManagerBase::init();
+        korvel::ShaderProgramManager::getInstance()->setPath(dir);
+        CaptureStdout quiet;  // the optional uniforms are missing
+        for (const auto& [name, colour] : colours) {
+            writeText(dir + "shaderV" + name + ".glsl", vertexSource);
+            writeText(dir + "shaderF" + name + ".glsl", fragmentSource(colour));
+            EXPECT_NE(get(name), nullptr) << quiet.text();
+        }
+    }
+    ~Programs() { korvel::ShaderProgramManager::releaseInstance(); }
+    Programs(const Programs&) = delete;
+    Programs& operator=(const Programs&) = delete;
+
+    static ShaderProgramBase* get(const std::string& name)
+    {
+        return dynamic_cast<ShaderProgramBase*>(korvel::ShaderProgramManager::getInstance()->getProgram(name));
+    }
+};
+
+// The frame's drawing state, for the duration of a test.
+class FrameState {
+public:
+    FrameState()
+    {
+        glEnable(GL_DEPTH_TEST);
+        glDepthFunc(GL_LEQUAL);
+        glEnable(GL_CULL_FACE);
+        glCullFace(GL_BACK);
+        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+        glClearColor(0.0f, 0.0f, 0.0f, 1.0f);
+    }
+    ~FrameState()
+    {
+        glDisable(GL_DEPTH_TEST);
+        glDisable(GL_CULL_FACE);
+    }
+    FrameState(const FrameState&) = delete;
+    FrameState& operator=(const FrameState&) = delete;
+};
+
+std::vector<unsigned char> frame(World& world)
+{
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    world.update();
+    world.draw();
+    glFinish();
+    std::vector<unsigned char> pixels(side * side * 4);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, side, side, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    return pixels;
+}
+
+// The colour at a point of the screen in normalised device units.
+std::vector<int> colourAt(const std::vector<unsigned char>& pixels, float x, float y)
+{
+    const int column = static_cast<int>((x + 1.0f) * 0.5f * side);
+    const int row = static_cast<int>((y + 1.0f) * 0.5f * side);
+    const unsigned char* p = &pixels[(row * side + column) * 4];
+    return {p[0], p[1], p[2]};
+}
+
+void expectColour(const std::vector<unsigned char>& pixels, float x, float y, std::vector<int> expected,
+                  const char* what)
+{
+    const std::vector<int> got = colourAt(pixels, x, y);
+    for (int i = 0; i < 3; ++i) {
+        // Half-transparent blue over red lands on 127 or 128 by rounding.
+        EXPECT_NEAR(got[i], expected[i], 2) << what << ", channel " << i;
+    }
+}
+
+// A quad facing the eye at depth z (the camera unmoved), covering the
+// screen rectangle [x0, x1] x [y0, y1] in normalised device units.
+Shape3D* quad(const World& world, float x0, float y0, float x1, float y1, float z, const char* program,
+              uint32_t kind)
+{
+    const float sx = -z / world.getProjection().m[0];
+    const float sy = -z / world.getProjection().m[5];
+    auto corner = [&](float x, float y) { return Vector4D(x * sx, y * sy, z, 1.0f); };
+    auto* object = new Shape3D();
+    object->getShape()->addQuad(corner(x0, y0), corner(x1, y0), corner(x1, y1), corner(x0, y1));
+    object->setShaderProgram(Programs::get(program));
+    object->setElementKind(kind);
+    object->updateLimits();
+    EXPECT_TRUE(object->make());
+    return object;
+}
+
+class WorldDrawGLTest : public GLContextFixture {};
+
+TEST_F(WorldDrawGLTest, OpaqueObjectsFirstThenBlendedOnesThenTheSelection)
+{
+    Programs programs;
+    FrameState state;
+    World world;
+    world.setProjection(0.7853982f, side, side, 1.0f, 100.0f);
+    ASSERT_TRUE(world.setup());
+    ASSERT_FALSE(world.isSelectionDisabled());
+    // Named so that the blended glass comes first: drawn at once, it would
+    // blend with the empty screen and hide the wall behind it.
+    world.addElement("a glass", quad(world, 0.2f, -0.8f, 0.8f, 0.2f, -5.0f, "Glass", IObject3D::kindBlended));
+    Shape3D* wall = quad(world, -1.0f, -1.0f, 1.0f, 0.5f, -10.0f, "Red", IObject3D::kindPlain);
+    world.addElement("b wall", wall);
+    world.addElement("c both", quad(world, -0.8f, -0.8f, -0.2f, 0.2f, -5.0f, "Glass", 3));
+    // Across the whole width, but with both corners beyond the far distance.
+    const float wide = 200.0f * world.getProjection().m[0] / 50.0f;
+    Shape3D* strip = quad(world, -wide, 0.6f, wide, 0.9f, -50.0f, "Red", IObject3D::kindPlain);
+    world.addElement("d strip", strip);
+
+    std::vector<unsigned char> pixels = frame(world);
+    expectColour(pixels, 0.0f, -0.3f, {255, 0, 0}, "wall");
+    expectColour(pixels, 0.5f, -0.3f, {127, 0, 128}, "glass over the wall");
+    expectColour(pixels, -0.5f, -0.3f, {0, 0, 255}, "element kind 3, drawn without blending");
+    expectColour(pixels, 0.0f, 0.75f, {0, 0, 0}, "strip left out");
+    strip->draw();  // it is the visibility test that left it out
+    glFinish();
+    glReadPixels(0, 0, side, side, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    expectColour(pixels, 0.0f, 0.75f, {255, 0, 0}, "strip drawn by hand");
+
+    // The marker covers the selected face, the wall's lower right half.
+    const korvel::Triangle* face = wall->getShape()->getTriangles().front();
+    world.setSelection(wall, *face);
+    pixels = frame(world);
+    expectColour(pixels, 0.9f, -0.9f, {0, 255, 0}, "marked face");
+    expectColour(pixels, -0.9f, 0.4f, {255, 0, 0}, "the wall's other face");
+    expectColour(pixels, 0.5f, -0.3f, {127, 0, 128}, "glass, drawn before the marker");
+
+}
+
+TEST_F(WorldDrawGLTest, TheBeamRunsFromTheLowerRightCornerToTheCursor)
+{
+    auto greenPixels = [](const std::vector<unsigned char>& p) {
+        std::vector<std::pair<int, int>> green;  // column, row from the bottom
+        for (int i = 0; i < side * side; ++i) {
+            if (p[i * 4 + 1] > 200) {
+                green.emplace_back(i % side, i / side);
+            }
+        }
+        return green;
+    };
+    FrameState state;
+    Programs programs;
+    World world;
+    world.setProjection(0.7853982f, side, side, 1.0f, 100.0f);
+    ASSERT_TRUE(world.setup());
+    EXPECT_TRUE(greenPixels(frame(world)).empty());
+    world.moveSelectionBeam(16, 16);  // upper left, y downwards
+    const auto green = greenPixels(frame(world));
+    EXPECT_GT(green.size(), 8u);  // thin at this size, but there
+    for (const auto& [column, row] : green) {
+        // Between the cursor (column 16, row 48 from the bottom) and the
+        // lower right corner.
+        EXPECT_GE(column, 15);
+        EXPECT_LE(row, 49);
+    }
+    EXPECT_LT(green.back().first, side / 2);  // it reaches towards the cursor
+}
+
+TEST_F(WorldDrawGLTest, BlendedFacesAreOrderedFromTheFarthestAsTheCameraMoves)
+{
+    Programs programs;
+    World world;
+    world.setProjection(0.7853982f, side, side, 1.0f, 100.0f);
+    auto pane = [](float z) { return new korvel::Triangle(at(-1, -1, z), at(1, -1, z), at(0, 1, z)); };
+    // Two panes, the near one first; one object alone, one inside a compound.
+    std::vector<Shape3D*> shapes;
+    for (int i = 0; i < 2; ++i) {
+        auto* shape = new Shape3D();
+        shape->getShape()->addTriangle(pane(-5.0f));
+        shape->getShape()->addTriangle(pane(-8.0f));
+        shape->setShaderProgram(Programs::get("Glass"));
+        shape->setElementKind(IObject3D::kindBlended);
+        ASSERT_TRUE(shape->make());
+        shapes.push_back(shape);
+    }
+    world.addElement("alone", shapes[0]);
+    auto* compound = new korvel::Compound3D();
+    compound->addJoinedComponent(shapes[1], "panes");
+    world.addElement("compound", compound);
+    auto firstIndex = [](Shape3D* shape) { return shape->getStructure()->getIndices()[0]; };
+
+    world.update();
+    EXPECT_EQ(firstIndex(shapes[0]), 3u);  // the pane at -8 first
+    EXPECT_EQ(firstIndex(shapes[1]), 3u);
+    // From beyond the panes, looking back, the pane at -5 is the farther.
+    world.setCamera(Vector4D(0.0f, 0.0f, -20.0f, 1.0f));
+    world.rotY(3.1415927f);
+    world.update();
+    EXPECT_EQ(firstIndex(shapes[0]), 0u);
+    EXPECT_EQ(firstIndex(shapes[1]), 0u);
+}
+
+// What the game puts in a world: clones of a model made of an indexed
+// shape, a plain shape, a compound; turned and scaled.
+void populate(World& world)
+{
+    auto* ball = new korvel::ShapeIndexed3D();
+    ball->setShape(sphereShape<korvel::ShapeIndexed>(1.0f, 12));
+    ball->setShaderProgram(Programs::get("Shade"));
+    ball->updateLimits();
+    ASSERT_TRUE(ball->make());
+    auto* model = new korvel::ModelShape();
+    model->addObject(0, ball);
+    ASSERT_TRUE(korvel::ModelManager::getInstance()->addModel("ball", model));
+
+    auto place = [](IObject3D* object, float x, float y, float z, float turn, float scale) {
+        Matrix4D* m = object->getMatrixObjectChange();
+        m->rotX(turn);
+        m->rotY(2.0f * turn);
+        m->enlarge(scale);
+        m->setPosition(x, y, z);
+        object->changeMatrixObject();
+        return object;
+    };
+    world.addElement("left", place(korvel::ModelManager::getInstance()->createClone("ball"), -1.5f, 0, -8, 0.4f, 1));
+    world.addElement("right", place(korvel::ModelManager::getInstance()->createClone("ball"), 1.5f, 1, -9, 0, 0.7f));
+
+    auto* cube = new Shape3D();
+    korvel::Shape::generateCube(cube->getShape(), 2);
+    cube->setShaderProgram(Programs::get("Shade"));
+    cube->updateLimits();
+    world.addElement("cube", place(cube, 0, -1.5f, -7, 0.5f, 1.2f));
+
+    auto* pair = new korvel::Compound3D();
+    for (const char* name : {"one", "two"}) {
+        auto* part = new Shape3D();
+        korvel::Shape::generateCube(part->getShape(), 1);
+        part->setShaderProgram(Programs::get("Shade"));
+        part->updateLimits();
+        pair->addJoinedComponent(part, name);
+    }
+    pair->getJoint("two")->getMatrixObjectChange()->setPosition(1.2f, 0.3f, 0.0f);
+    pair->updateLimits();
+    world.addElement("pair", place(pair, -2.5f, -2, -11, 0.7f, 0.8f));
+    world.linkObjects();  // makes what is not made yet
+}
+
+TEST_F(WorldDrawGLTest, AWorldSavedAndLoadedAgainDrawsTheSamePicture)
+{
+    Programs programs;
+    FrameState state;
+    std::string text;
+    std::vector<unsigned char> before;
+    {
+        World world;
+        world.setProjection(0.7853982f, side, side, 1.0f, 100.0f);
+        world.moveIn(3.0f);
+        world.rotY(0.1f);
+        populate(world);
+        ASSERT_TRUE(world.setup());
+        before = frame(world);
+        std::ostringstream out;
+        ASSERT_TRUE(world.save(out));
+        text = out.str();
+    }
+    int lit = 0;
+    for (std::size_t i = 0; i < before.size(); i += 4) {
+        lit += before[i] + before[i + 1] + before[i + 2] > 0 ? 1 : 0;
+    }
+    EXPECT_GT(lit, side * side / 16);  // there is something to compare
+
+    World copy;
+    std::istringstream in(text);
+    CaptureStdout out;
+    ASSERT_TRUE(copy.load(in)) << out.text();
+    EXPECT_EQ(out.text().find("[Warning]"), std::string::npos) << out.text();
+    EXPECT_EQ(copy.countElements(), 4u);
+    ASSERT_TRUE(copy.setup());
+    const std::vector<unsigned char> after = frame(copy);
+    int different = 0;
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        different += before[i] != after[i] ? 1 : 0;
+    }
+    EXPECT_EQ(different, 0);
+    copy.releaseObjects();
+    korvel::ModelManager::getInstance()->cleanUp();  // the clones are gone
 }
 
 }  // namespace
