@@ -12,6 +12,9 @@
 #include "parser/BaseParserElement.h"
 #include "render/ShaderProgramBase.h"
 #include "render/ShaderProgramManager.h"
+#include "render/TextFont.h"
+#include "render/TextProvider.h"
+#include "render/TextureManager.h"
 #include "scene/ModelManager.h"
 #include "scene/Shape3D.h"
 #include "scene/ShapeIndexed3D.h"
@@ -272,8 +275,37 @@ bool ApplicationQuorbane::initWorldFusion()
 
 bool ApplicationQuorbane::initTextBanner()
 {
-    std::cout << "[ERROR] text banner not available in this build" << std::endl;
-    return false;
+    ShaderProgramBase* program = fetchProgram("Text");
+    if (program == nullptr || world == nullptr) {
+        return false;
+    }
+    world->initializeShaderProgram(program);
+    std::cout << "[Information] path: " << TextureManager::getInstance()->getPath() << std::endl;
+    // The message keeps the atlas and the program, not the font.
+    TextFont font;
+    font.setShaderProgram(program);
+    if (!font.importOFT(path + "Arial")) {
+        std::cout << "[ERROR] Texture Arial ill formed !" << std::endl;
+        return false;
+    }
+    TextProvider provider(&font, 0.2f);
+    provider.setAlignment(TextProvider::Alignment::centre);
+    std::cout << "creation message banner" << std::endl;
+    const char* text = "Application is not connected to a network !";
+    if (isConnected && isServer) {
+        text = "Application behaves as server !";
+    } else if (isConnected && isClient) {
+        text = "Application behaves as client !";
+    }
+    Shape3D* banner = provider.createMessage(text);
+    if (banner == nullptr) {
+        return false;
+    }
+    placeAt(*banner, Vector4D(0.0f, 2.0f, -2.0f, 1.0f));
+    banner->changeMatrixObject();
+    banner->setElementKind(IObject3D::kindBlended);
+    world->addElement(banner);
+    return true;
 }
 
 // ---- network role ---------------------------------------------------------------

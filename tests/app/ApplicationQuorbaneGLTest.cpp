@@ -3,6 +3,10 @@
 // keys and clicks sent through xdotool. Every wait is on a line of a log, a
 // window or the end of a process.
 
+#include "app/ApplicationQuorbane.h"
+#include "scene/World.h"
+
+#include <GL/gl.h>
 #include <gtest/gtest.h>
 
 #include <arpa/inet.h>
@@ -312,6 +316,47 @@ TEST(ApplicationQuorbaneGLTest, AloneItStartsFliesFiresAndEndsOnEscapeLeavingOnl
             EXPECT_EQ(managers.count(name), 1u) << name << " x" << count << " still alive";
         }
     }
+}
+
+// Not called at start-up, but whole: the role banner above the eye, readable,
+// and the beam, alive with its incarnation.
+TEST(ApplicationQuorbaneGLTest, TheBannerAndTheBeamCanBeAddedToARunningGame)
+{
+    Game files(smallView);
+    korvel::ApplicationQuorbane game;
+    game.setPath(files.data.string() + "/");
+    game.setApplicationName("Quorbane");
+    ASSERT_TRUE(game.init());
+    korvel::World& world = *game.getWorld();
+    const std::size_t before = world.countElements();
+    ASSERT_TRUE(game.initTextBanner());
+    ASSERT_TRUE(game.initWorldFusion());
+    EXPECT_EQ(world.countElements(), before + 2);
+    EXPECT_TRUE(game.getFusion().isAlive);
+    ASSERT_NE(game.getFusion().getIncarnation(), nullptr);
+
+    // The banner stands 2 up and 2 ahead of the eye: looking up at it, its
+    // letters fill a band across the middle of the window.
+    world.rotX(-0.7853982f);
+    world.update();
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    world.draw();
+    std::vector<unsigned char> pixels(320 * 240 * 4);
+    glReadPixels(0, 0, 320, 240, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    // Rows from the bottom; the ship (15, 10, -20) shows lower right.
+    int band = 0;
+    int above = 0;
+    for (int y = 0; y < 240; ++y) {
+        for (int x = 0; x < 240; ++x) {
+            const unsigned char* p = &pixels[4 * (y * 320 + x)];
+            const bool lit = p[0] + p[1] + p[2] > 200;
+            band += lit && y > 105 && y < 135 ? 1 : 0;
+            above += lit && y > 150 ? 1 : 0;
+        }
+    }
+    EXPECT_GT(band, 150) << "the banner's letters";
+    EXPECT_EQ(above, 0);
+    EXPECT_TRUE(game.releaseAll());
 }
 
 TEST(ApplicationQuorbaneGLTest, TwoInstancesPlayTogetherOverLoopbackShrugOffAStrangerAndTheClientOutlivesTheServer)
