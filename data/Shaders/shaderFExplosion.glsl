@@ -1,10 +1,14 @@
 #version 330
 // Explosion: a self-lit fireball, white at its heart where it is seen
 // face-on, orange towards its soft edge, that cools to red and dark smoke as
-// it ages and fades out. The smoke it leaves is shaded by the main light.
-#include "korvelLighting.glsl"
-#include "korvelNoise.glsl"
-
+// it ages and fades out. The boiling comes from the vertex stage, so that a
+// fireball filling the screen costs little per pixel.
+uniform vec3 light;
+uniform vec3 camera;
+uniform vec4 phong;
+uniform vec4 fogcolor;
+uniform float fogstart;
+uniform float fogend;
 uniform float time;
 
 in vec3 worldPosition;
@@ -18,16 +22,17 @@ out vec4 fragColor;
 void main()
 {
     vec3 n = normalize(worldNormal);
-    vec3 toEye = normalize(camera - worldPosition);
-    float facing = abs(dot(n, toEye));
-    float flicker = korvelNoise(vec3(worldPosition * 0.8 + vec3(0.0, 0.0, time * 6.0)));
-    float heat = clamp(exp(-1.6 * time) * (0.55 + 0.5 * turbulence + 0.3 * flicker) * (0.35 + 0.75 * facing),
-                       0.0, 1.0);
+    float facing = abs(dot(n, normalize(camera - worldPosition)));
+    float alpha = clamp(facing * sqrt(facing) * exp(-0.8 * time), 0.0, 1.0);
+    if (alpha < 0.01) {
+        discard;
+    }
+    float heat = clamp(exp(-1.6 * time) * (0.6 + 0.8 * turbulence) * (0.35 + 0.75 * facing), 0.0, 1.0);
     vec3 fire = mix(vec3(0.85, 0.12, 0.02), vec3(1.0, 0.55, 0.08), smoothstep(0.15, 0.5, heat));
     fire = mix(fire, vec3(1.0, 0.95, 0.75), smoothstep(0.6, 0.95, heat));
-    vec3 smoke = korvelShade(vec3(0.2, 0.18, 0.17), n, worldPosition, 1.0, vec3(0.0));
+    // The smoke left behind, lit by the main light alone.
+    vec3 smoke = vec3(0.2, 0.18, 0.17) * (phong.x + phong.y * max(dot(n, -normalize(light)), 0.0));
     vec3 color = mix(smoke, fire * 1.5, smoothstep(0.05, 0.3, heat));
-    // Soft edges: the faceted outline of the sphere never shows.
-    float alpha = clamp(pow(facing, 1.5) * (0.6 + 0.4 * heat) * exp(-0.8 * time), 0.0, 1.0);
-    fragColor = korvelFog(color, alpha, eyeDistance);
+    float fog = clamp((fogend - eyeDistance) / max(fogend - fogstart, 0.0001), 0.0, 1.0);
+    fragColor = vec4(mix(fogcolor.rgb, color, fog), alpha * (0.6 + 0.4 * heat));
 }
