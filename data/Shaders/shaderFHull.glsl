@@ -1,8 +1,9 @@
 #version 330
 // Hull: brushed metal plates separated by dark seams, with running lights
-// along the seams that pulse with the object's age. Models made of shared
-// points carry no texture coordinates, so the plates are laid on the object's
-// own coordinates, across whichever axis the surface faces most.
+// along the seams that pulse with the object's age. The plates follow the
+// texture coordinates when the model has them; models made of shared points
+// have none, and get them laid on the object's own coordinates, across
+// whichever axis the surface faces most.
 #include "korvelLighting.glsl"
 #include "korvelNoise.glsl"
 #include "korvelSurface.glsl"
@@ -13,6 +14,9 @@ void main()
     vec2 across = facing.x > facing.y && facing.x > facing.z ? objectPosition.zy
                 : facing.y > facing.z ? objectPosition.xz : objectPosition.xy;
     vec2 cells = across * vec2(2.5, 4.0);
+    if (surfaceUV != vec2(0.0)) {
+        cells = surfaceUV * vec2(8.0, 4.0);
+    }
     vec2 plate = fract(cells);
     float seam = 1.0 - smoothstep(0.0, 0.05, min(min(plate.x, 1.0 - plate.x), min(plate.y, 1.0 - plate.y)));
     float brushed = korvelNoise(vec3(objectPosition.x * 40.0, objectPosition.y * 2.0, objectPosition.z * 2.0));

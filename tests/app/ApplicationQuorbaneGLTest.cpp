@@ -171,7 +171,14 @@ public:
             execl(exe.c_str(), exe.c_str(), static_cast<char*>(nullptr));
             _exit(127);
         }
-        window = shell("timeout 60 xdotool search --sync --pid " + std::to_string(pid) + " | head -n 1");
+        // Polled rather than --sync: windows of other tests on the same
+        // display come and go, and a search that meets one going fails.
+        for (int tick = 0; tick < 600 && window.empty(); ++tick) {
+            window = shell("xdotool search --pid " + std::to_string(pid) + " | head -n 1");
+            if (window.empty()) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            }
+        }
         // Keys go to the window as events, not through the server's keyboard
         // (a key held there would repeat into the next window).
         shell("xdotool windowfocus $(xdotool search --maxdepth 0 '' | head -n 1)");
@@ -205,11 +212,12 @@ public:
 
     void key(const std::string& keys) const { shell("xdotool key --window " + window + " " + keys); }
 
-    // A real pointer move and click inside the window.
+    // A pointer move inside the window (on top, so that it gets the motion)
+    // and a click sent to it.
     void click(int x, int y) const
     {
-        shell("xdotool mousemove --window " + window + " " + std::to_string(x) + " " + std::to_string(y) +
-              " click 1");
+        shell("xdotool windowraise " + window + " mousemove --window " + window + " " + std::to_string(x) + " " +
+              std::to_string(y) + " click --window " + window + " 1");
     }
 
     void moveWindow(int x, int y) const
@@ -370,7 +378,8 @@ TEST(ApplicationQuorbaneGLTest, TwoInstancesPlayTogetherOverLoopbackShrugOffAStr
     ASSERT_TRUE(server->waitFor("[Success] server is now reading in pool the messages !"));
     Game client(join);
     ASSERT_TRUE(client.start());
-    client.moveWindow(400, 0);
+    // Out of the corner where the other tests' windows open.
+    client.moveWindow(940, 460);
     ASSERT_TRUE(client.waitFor("[Success] client is now reading in pool the messages !"));
 
     // Until the client speaks, the server does not know where to send.
