@@ -136,14 +136,20 @@ void ApplicationQuorbane::playAloneUnlessConnected()
     }
 }
 
+ShaderProgramBase* ApplicationQuorbane::registerProgram(const char* name)
+{
+    ShaderProgramBase* program = fetchProgram(name);
+    if (program != nullptr && world != nullptr) {
+        world->initializeShaderProgram(program);
+    }
+    return world != nullptr ? program : nullptr;
+}
+
 bool ApplicationQuorbane::initLocalShaders()
 {
-    ShaderProgramBase* program = fetchProgram("MapTextured");
+    registerProgram("MapTextured");
     if (world == nullptr) {
         return true;
-    }
-    if (program != nullptr) {
-        world->initializeShaderProgram(program);
     }
     // Space fades into its own colour, over the far half of the view, rather
     // than into a white fog.
@@ -252,11 +258,10 @@ bool ApplicationQuorbane::initWorldAvatars()
 
 bool ApplicationQuorbane::initWorldFusion()
 {
-    ShaderProgramBase* program = fetchProgram("Fusion");
-    if (program == nullptr || world == nullptr) {
+    ShaderProgramBase* program = registerProgram("Fusion");
+    if (program == nullptr) {
         return false;
     }
-    world->initializeShaderProgram(program);
     Cylinder cylinder(Vector4D(0.0f, 0.0f, 0.0f, 1.0f), Vector4D(0.0f, 0.0f, 10.0f, 1.0f), 1.0f, 3.0f, false);
     cylinder.setDivision(20);
     auto* shape = new Shape();
@@ -275,11 +280,10 @@ bool ApplicationQuorbane::initWorldFusion()
 
 bool ApplicationQuorbane::initTextBanner()
 {
-    ShaderProgramBase* program = fetchProgram("Text");
-    if (program == nullptr || world == nullptr) {
+    ShaderProgramBase* program = registerProgram("Text");
+    if (program == nullptr) {
         return false;
     }
-    world->initializeShaderProgram(program);
     std::cout << "[Information] path: " << TextureManager::getInstance()->getPath() << std::endl;
     // The message keeps the atlas and the program, not the font.
     TextFont font;

@@ -40,6 +40,8 @@
 #include <cstdint>
 #include <string>
 
+class ShaderProgramBase;
+
 namespace korvel {
 
 class Buffer;
@@ -192,6 +194,9 @@ protected:
     void playAloneUnlessConnected();
 
 private:
+    // The program, handed the world's camera, light and fog; null when it or
+    // the world is missing.
+    ShaderProgramBase* registerProgram(const char* name);
     // True only when the bullet cannot reach the body this frame.
     static bool isSurelyMissing(const Bullet& bullet, const Vector4D& bodyPosition, float bodyRadius, float dt);
     // Each rock's level of detail by its distance to the eye and its size.

@@ -13,6 +13,7 @@
 #include "scene/World.h"
 
 #include <cmath>
+#include <cstddef>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -67,13 +68,19 @@ std::string text(const char* label, const Value& value)
     return line.str();
 }
 
-// One body of a state update: [matrix] alive-flag.
-void addBody(Buffer& update, const PhysicalObject& body)
+// The bodies of one block of a state update, each [matrix [age]] alive-flag.
+template <typename Body, std::size_t count>
+void addBodies(Buffer& update, const Body (&bodies)[count], bool withAge)
 {
-    if (body.isAlive) {
-        update.add(placementOf(body));
+    for (const Body& body : bodies) {
+        if (body.isAlive) {
+            update.add(placementOf(body));
+            if (withAge) {
+                update.add(body.age);
+            }
+        }
+        update.add(body.isAlive);
     }
-    update.add(body.isAlive);
 }
 
 // One body read back; false when the update ran short.
@@ -111,6 +118,18 @@ bool showBody(Buffer& update, PhysicalObject& body, bool withAge)
     return true;
 }
 
+// A block read back, last body first; false when the update ran short.
+template <typename Body, std::size_t count>
+bool showBodies(Buffer& update, Body (&bodies)[count], bool withAge)
+{
+    for (std::size_t i = count; i-- > 0;) {
+        if (!showBody(update, bodies[i], withAge)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 }  // namespace
 
 // ---- server ----------------------------------------------------------------------
@@ -133,29 +152,19 @@ bool ApplicationQuorbane::updateRemote()
 
 bool ApplicationQuorbane::updateRemoteSpheres(Buffer& update)
 {
-    for (const Enemy& enemy : enemies) {
-        addBody(update, enemy);
-    }
+    addBodies(update, enemies, false);
     return true;
 }
 
 bool ApplicationQuorbane::updateRemoteExplosions(Buffer& update)
 {
-    for (const Explosion& explosion : explosions) {
-        if (explosion.isAlive) {
-            update.add(placementOf(explosion));
-            update.add(explosion.age);
-        }
-        update.add(explosion.isAlive);
-    }
+    addBodies(update, explosions, true);
     return true;
 }
 
 bool ApplicationQuorbane::updateRemoteBullets(Buffer& update)
 {
-    for (const Bullet& bullet : bullets) {
-        addBody(update, bullet);
-    }
+    addBodies(update, bullets, false);
     return true;
 }
 
@@ -332,32 +341,17 @@ bool ApplicationQuorbane::showRemoteServer(Buffer& update)
 
 bool ApplicationQuorbane::showRemoteBullets(Buffer& update)
 {
-    for (int i = countBullets - 1; i >= 0; --i) {
-        if (!showBody(update, bullets[i], false)) {
-            return false;
-        }
-    }
-    return true;
+    return showBodies(update, bullets, false);
 }
 
 bool ApplicationQuorbane::showRemoteExplosions(Buffer& update)
 {
-    for (int i = countExplosions - 1; i >= 0; --i) {
-        if (!showBody(update, explosions[i], true)) {
-            return false;
-        }
-    }
-    return true;
+    return showBodies(update, explosions, true);
 }
 
 bool ApplicationQuorbane::showRemoteSpheres(Buffer& update)
 {
-    for (int i = countEnemies - 1; i >= 0; --i) {
-        if (!showBody(update, enemies[i], false)) {
-            return false;
-        }
-    }
-    return true;
+    return showBodies(update, enemies, false);
 }
 
 }  // namespace korvel

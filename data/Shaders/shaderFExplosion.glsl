@@ -3,12 +3,8 @@
 // face-on, orange towards its soft edge, that cools to red and dark smoke as
 // it ages and fades out. The boiling comes from the vertex stage, so that a
 // fireball filling the screen costs little per pixel.
-uniform vec3 light;
-uniform vec3 camera;
-uniform vec4 phong;
-uniform vec4 fogcolor;
-uniform float fogstart;
-uniform float fogend;
+#include "korvelLighting.glsl"
+
 uniform float time;
 
 in vec3 worldPosition;
@@ -33,6 +29,5 @@ void main()
     // The smoke left behind, lit by the main light alone.
     vec3 smoke = vec3(0.2, 0.18, 0.17) * (phong.x + phong.y * max(dot(n, -normalize(light)), 0.0));
     vec3 color = mix(smoke, fire * 1.5, smoothstep(0.05, 0.3, heat));
-    float fog = clamp((fogend - eyeDistance) / max(fogend - fogstart, 0.0001), 0.0, 1.0);
-    fragColor = vec4(mix(fogcolor.rgb, color, fog), alpha * (0.6 + 0.4 * heat));
+    fragColor = korvelFog(color, alpha * (0.6 + 0.4 * heat), eyeDistance);
 }

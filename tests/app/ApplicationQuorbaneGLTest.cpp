@@ -5,6 +5,7 @@
 
 #include "app/ApplicationQuorbane.h"
 #include "scene/World.h"
+#include "support/ProgramRunTesting.h"
 
 #include <GL/gl.h>
 #include <gtest/gtest.h>
@@ -39,25 +40,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string readFile(const fs::path& file)
-{
-    std::ifstream in(file);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-// The command's standard output, without its final line ends.
-std::string shell(const std::string& command)
-{
-    std::string output;
-    if (FILE* pipe = popen((command + " 2>/dev/null").c_str(), "r")) {
-        char buffer[256];
-        while (fgets(buffer, sizeof buffer, pipe) != nullptr) {
-            output += buffer;
-        }
-        pclose(pipe);
-    }
-    return output.substr(0, output.find_last_not_of('\n') + 1);
-}
+using program_run::linesInOrder;
+using program_run::readFile;
+using program_run::shell;
 
 // A UDP port that nothing holds right now.
 int freePort()
@@ -260,21 +245,6 @@ public:
 };
 
 const std::string smallView = "<View><Width>320</Width><Height>240</Height><Start>1</Start><End>300</End></View>\n";
-
-// Each entry must begin a line, in this order.
-::testing::AssertionResult linesInOrder(const std::string& text, const std::vector<std::string>& lines)
-{
-    std::istringstream in(text);
-    std::string line;
-    std::size_t next = 0;
-    while (next < lines.size() && std::getline(in, line)) {
-        next += line.rfind(lines[next], 0) == 0 ? 1 : 0;
-    }
-    if (next < lines.size()) {
-        return ::testing::AssertionFailure() << "missing or out of order: \"" << lines[next] << "\"\n---\n" << text;
-    }
-    return ::testing::AssertionSuccess();
-}
 
 TEST(ApplicationQuorbaneGLTest, AloneItStartsFliesFiresAndEndsOnEscapeLeavingOnlyTheLongLivedObjects)
 {

@@ -8,6 +8,7 @@
 #include "network/Buffer.h"
 #include "network/Client.h"
 #include "network/Server.h"
+#include "network/NetTestSupport.h"
 #include "support/CaptureStdout.h"
 
 #include <arpa/inet.h>
@@ -41,6 +42,8 @@ using game_testing::point;
 using game_testing::TestGame;
 using korvel::ApplicationQuorbane;
 using korvel::Buffer;
+using nettest::loopback;
+using nettest::waitUntil;
 
 namespace {
 
@@ -334,19 +337,6 @@ private:
     std::streambuf* old;
 };
 
-template <typename Predicate>
-bool waitUntil(Predicate done, int limitMs = 10000)
-{
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(limitMs);
-    while (!done()) {
-        if (std::chrono::steady_clock::now() > end) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::microseconds(100));
-    }
-    return true;
-}
-
 std::string serverConfig()
 {
     return "<isServer><port>0</port></isServer>\n";
@@ -502,14 +492,6 @@ public:
     int port = 0;
 
 private:
-    static sockaddr_in loopback(int p)
-    {
-        sockaddr_in a{};
-        a.sin_family = AF_INET;
-        a.sin_port = htons(static_cast<uint16_t>(p));
-        a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        return a;
-    }
     void send(const sockaddr_in& to, const Datagram& d)
     {
         ::sendto(fd, d.data(), d.size(), 0, reinterpret_cast<const sockaddr*>(&to), sizeof to);

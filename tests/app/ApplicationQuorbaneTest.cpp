@@ -7,6 +7,7 @@
 #include "network/Server.h"
 #include "physics/ForceField.h"
 #include "support/CaptureStdout.h"
+#include "support/ProgramRunTesting.h"
 
 #include <GLFW/glfw3.h>
 #include <gtest/gtest.h>
@@ -20,22 +21,9 @@ using game_testing::point;
 using game_testing::TestGame;
 using korvel::ApplicationQuorbane;
 using korvel::ForceBlow;
+using program_run::linesInOrder;
 
 namespace {
-
-// Each entry must begin a line, in this order.
-::testing::AssertionResult linesInOrder(const std::string& text, const std::vector<std::string>& lines)
-{
-    std::size_t from = 0;
-    for (const std::string& line : lines) {
-        const std::size_t at = ("\n" + text).find("\n" + line, from);
-        if (at == std::string::npos) {
-            return ::testing::AssertionFailure() << "missing or out of order: \"" << line << "\"\n---\n" << text;
-        }
-        from = at + line.size();
-    }
-    return ::testing::AssertionSuccess();
-}
 
 TEST(ApplicationQuorbaneTest, ConstructionPrintsTheBufferAndTheCountsAndDarkensTheBackground)
 {
