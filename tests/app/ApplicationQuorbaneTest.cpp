@@ -147,6 +147,10 @@ TEST(ApplicationQuorbaneTest, ABulletIsASphereSweptBothWaysAlongItsFrame)
         {"behind beyond it", point(0, 0, -6.1f), true, false, 0.0f},
         {"beside, just inside the reach", point(1.99f, 0, 0), true, true, 0.0f},
         {"beside, at the reach", point(2.0f, 0, 0), true, false, 0.0f},
+        // Near the corner of the swept cylinder: what the quick rejection of
+        // far bullets must never rule out.
+        {"ahead and beside, near both limits", point(1.95f, 0, 5.95f), true, true, 5.95f},
+        {"ahead and beside, past the side", point(2.0f, 0, 5.95f), true, false, 0.0f},
         {"dead, at the centre", point(0, 0, 0), false, false, 0.0f},
     };
     for (const CollisionCase& c : cases) {
