@@ -23,6 +23,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -657,6 +658,10 @@ TEST(ApplicationQuorbaneRemoteTest, SoakThroughALossyLinkNeverShowsAnOlderStateA
         }
     }
     std::lock_guard<std::mutex> guard(scanLock);
+    std::printf("soak: %d frames (%.0f s of play), %d states shown, %d requests and %d shots served; up lost %d "
+                "doubled %d held %d, down lost %d doubled %d held %d; resident %+ld kB since warm-up\n",
+                frames, static_cast<double>(frames) * dt, shown, served, fired, up.dropped, up.doubled, up.held,
+                down.dropped, down.doubled, down.held, residentKilobytes() - residentAtWarmUp);
     ASSERT_GT(shown, frames / 3);
     EXPECT_EQ(wentBack, 0) << "an older or repeated state was shown";
     EXPECT_EQ(served, deliveredRequests);
