@@ -348,64 +348,6 @@ std::string clientConfig(int port)
     return "<server><address>127.0.0.1</address><port>" + std::to_string(port) + "</port></server>\n";
 }
 
-TEST(ApplicationQuorbaneRemoteTest, KeysAndClicksOfAClientMoveAndArmTheServersShip)
-{
-    std::mutex seenLock;
-    std::vector<std::string> seen;
-    LogScan scan([&](const std::string& line) {
-        std::lock_guard<std::mutex> guard(seenLock);
-        seen.push_back(line);
-    });
-    TestGame server;
-    server.configure(serverConfig());
-    ASSERT_TRUE(server.initNetwork());
-    server.quiet();
-    TestGame client;
-    client.configure(clientConfig(server.getServer()->getSocket().getLocalPort()));
-    ASSERT_TRUE(client.initNetwork());
-    ASSERT_TRUE(client.getIsClient() && client.getIsConnected());
-
-    // A key: the client's eye pose goes to the server's avatar.
-    client.manageKey(nullptr, GLFW_KEY_RIGHT, 0, GLFW_PRESS, 0);
-    client.manageKey(nullptr, GLFW_KEY_Z, 0, GLFW_PRESS, 0);
-    ASSERT_TRUE(waitUntil([&] { return server.getServer()->countPendingRequests() == 2; }));
-    server.updateWorld(0.02f);
-    Matrix4D eye;
-    ASSERT_TRUE(client.scene().getView().invert(eye));
-    EXPECT_TRUE(nearlyEqual(*server.getAvatar().getMatrixObject(), eye, 1e-4f));
-
-    // A click: a bullet on the server, from the client's eye.
-    client.pointAt(640, 360);
-    client.manageButton(nullptr, GLFW_MOUSE_BUTTON_LEFT, GLFW_RELEASE, 0);
-    EXPECT_EQ(client.aliveBullets(), 0) << "the client does not fire itself";
-    ASSERT_TRUE(waitUntil([&] { return server.getServer()->hasRequest(); }));
-    server.updateWorld(0.02f);
-    ASSERT_EQ(server.aliveBullets(), 1);
-    const Vector4D lead = client.scene().getCameraDirection() * 10.0f;
-    EXPECT_NEAR((server.getBullet(0).getPosition() - client.scene().getPosition() - lead).norm3D(), 0.0f, 1e-3f);
-
-    // The next update shows it on the client.
-    server.updateWorld(0.02f);
-    ASSERT_TRUE(waitUntil([&] {
-        client.updateWorld(0.02f);
-        return client.aliveBullets() == 1;
-    }));
-    EXPECT_NEAR((client.getAvatar().getPosition() - server.scene().getPosition()).norm3D(), 0.0f, 1e-4f);
-
-    const std::string log = [&] {
-        std::lock_guard<std::mutex> guard(seenLock);
-        std::string all;
-        for (const std::string& line : seen) {
-            all += line + "\n";
-        }
-        return all;
-    }();
-    EXPECT_NE(log.find("Buffer length: 66\n[Information] avatar moved by the client to: "), std::string::npos);
-    EXPECT_NE(log.find("Buffer length: 50\n[Information] bullet fired for the client: 0"), std::string::npos);
-    EXPECT_NE(log.find("[Information] Server message Id: "), std::string::npos);
-    EXPECT_EQ(log.find("[ERROR]"), std::string::npos) << log;
-}
-
 // ---- soak ---------------------------------------------------------------------------------
 
 // A relay between a client and a server on 127.0.0.1 that loses a quarter of

@@ -354,20 +354,6 @@ TEST(ApplicationQuorbaneTest, EnemiesAtTwoHundredFiftyFromBothAreRecycledJustIns
         EXPECT_NEAR(enemy.getMatrixObject()->getColumn(0).norm3D(), enemy.mass, 1e-4f) << i;
     }
 
-    // Both centres take new rocks.
-    TestGame::place(game.getAvatar(), point(0, 0, 0));
-    TestGame::place(game.getAvatar(), point(2000, 0, 0));
-    int nearEye = 0;
-    for (int round = 0; round < 10; ++round) {
-        game.quiet();
-        game.updateEnemiesRange(0.02f);
-        for (int i = 0; i < ApplicationQuorbane::countEnemies; ++i) {
-            nearEye += game.getEnemy(i).getPosition().norm3D() < 250.0f ? 1 : 0;
-        }
-    }
-    EXPECT_GT(nearEye, 150);
-    EXPECT_LT(nearEye, 350);
-
     // At exactly 250 from both, recycled.
     game.quiet();
     TestGame::place(game.getAvatar(), point(0, 0, 0));
@@ -403,15 +389,6 @@ TEST(ApplicationQuorbaneTest, TheLeftButtonReleasedFiresThroughTheCursorTenUnits
     EXPECT_EQ(game.getFreeBullet(), nullptr);
     EXPECT_TRUE(game.spawnBullet(point(9, 9, 9), direction(1, 0, 0), direction(0, 1, 0)));
     EXPECT_EQ(shot.getPosition(), point(0, 0, -10));
-}
-
-TEST(ApplicationQuorbaneTest, TheJoystickHasADeadZoneAndFullTravelBeyondIt)
-{
-    const float cases[][2] = {{0.0f, 0.0f}, {0.19f, 0.0f}, {-0.19f, 0.0f}, {0.6f, 0.5f},
-                              {-1.0f, -1.0f}, {1.5f, 1.0f}, {NAN, 0.0f}};
-    for (const auto& c : cases) {
-        EXPECT_NEAR(ApplicationQuorbane::joystickAxisValue(c[0]), c[1], 1e-6f) << c[0];
-    }
 }
 
 // ---- a long match -------------------------------------------------------------------
