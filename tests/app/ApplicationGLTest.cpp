@@ -133,7 +133,7 @@ public:
         }
         std::string window;
         if (escape) {
-            window = shell("timeout 60 xdotool search --sync --pid " + std::to_string(pid) + " | head -n 1");
+            window = program_run::windowOf(pid);
             result.windowSize = shell("xdotool getwindowgeometry " + window + " | sed -n 's/.*Geometry: //p'");
             // The new window took the focus, so xdotool would type through the
             // server's own keyboard and, once Escape has closed the window,

@@ -156,14 +156,7 @@ public:
             execl(exe.c_str(), exe.c_str(), static_cast<char*>(nullptr));
             _exit(127);
         }
-        // Polled rather than --sync: windows of other tests on the same
-        // display come and go, and a search that meets one going fails.
-        for (int tick = 0; tick < 600 && window.empty(); ++tick) {
-            window = shell("xdotool search --pid " + std::to_string(pid) + " | head -n 1");
-            if (window.empty()) {
-                std::this_thread::sleep_for(std::chrono::milliseconds(100));
-            }
-        }
+        window = program_run::windowOf(pid);
         // Keys go to the window as events, not through the server's keyboard
         // (a key held there would repeat into the next window).
         shell("xdotool windowfocus $(xdotool search --maxdepth 0 '' | head -n 1)");

@@ -4,12 +4,14 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace program_run {
@@ -32,6 +34,21 @@ inline std::string shell(const std::string& command)
         pclose(pipe);
     }
     return output.substr(0, output.find_last_not_of('\n') + 1);
+}
+
+// The first window of the process, or empty after a minute without one.
+// Polled rather than waited for with --sync: on a display shared with other
+// tests, windows come and go, and a search that meets one going fails.
+inline std::string windowOf(int pid)
+{
+    for (int tick = 0; tick < 600; ++tick) {
+        const std::string window = shell("xdotool search --pid " + std::to_string(pid) + " | head -n 1");
+        if (!window.empty()) {
+            return window;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    return std::string();
 }
 
 // Each entry must begin a line, in this order (other lines may interleave).
