@@ -335,11 +335,29 @@ int PhysicalObject::attachForce(Force* f)
     }
     for (int i = 0; i < forceSlots; ++i) {
         if (forces[i] == nullptr || !forces[i]->isAlive) {
+            releaseDeadForce(i, f);
             occupySlot(i, f);
             return i;
         }
     }
     return -1;
+}
+
+// A dead force pushed out of its slot is dropped as cleanForces drops it:
+// given back (released) and out of every slot of this body. Otherwise a pool
+// entry overwritten before the body's next step would be lost for good.
+void PhysicalObject::releaseDeadForce(int slot, const Force* incoming)
+{
+    Force* dead = forces[slot];
+    if (dead == nullptr || dead == incoming) {
+        return;
+    }
+    dead->released = true;
+    for (int i = 0; i < forceSlots; ++i) {
+        if (forces[i] == dead) {
+            vacateSlot(i);
+        }
+    }
 }
 
 bool PhysicalObject::removeForce(Force* f)

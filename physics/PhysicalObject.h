@@ -83,8 +83,9 @@ public:
     void releaseMatrixObject();
 
     void initForces();
-    // The first slot that is empty or holds a dead force; false when all five
-    // hold live forces or no force is given.
+    // The first slot that is empty or holds a dead force, which is then
+    // released as cleanForces would; false when all five hold live forces or
+    // no force is given.
     bool addForce(Force* f, const Vector4D& point);
     bool addForce(Force* f);
     // Clears the first slot holding f. A force held by no slot clears slot 4
@@ -133,6 +134,7 @@ private:
     void dumpForces() const;
     // The slot taken, or -1.
     int attachForce(Force* f);
+    void releaseDeadForce(int slot, const Force* incoming);
     void occupySlot(int slot, Force* f);
     void vacateSlot(int slot);
     bool drives(const IObject3D* object) const;

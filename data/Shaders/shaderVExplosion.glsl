@@ -21,7 +21,7 @@ out float turbulence;
 void main()
 {
     vec3 direction = normalize(in_Normal);
-    turbulence = korvelNoise(direction * 3.0 + vec3(0.0, time * 2.0, 0.0));
+    turbulence = korvelNoise(direction * 3.0 + vec3(in_UV, time * 2.0));
     vec3 position = in_Position * (0.85 + 0.3 * turbulence);
     vec4 world = refObject * vec4(position, 1.0);
     vec4 eye = modelview * world;

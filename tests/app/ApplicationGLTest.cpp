@@ -3,6 +3,8 @@
 // directory, starts it as a real process, closes it with Escape sent through
 // xdotool, and reads its console output and log file.
 
+#include "support/ProgramRunTesting.h"
+
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
@@ -30,29 +32,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string readFile(const fs::path& file)
-{
-    std::ifstream in(file);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
+using program_run::linesInOrder;
+using program_run::readFile;
+using program_run::shell;
 
 void writeFile(const fs::path& file, const std::string& text)
 {
     std::ofstream(file) << text;
-}
-
-// The command's standard output, without its final line ends.
-std::string shell(const std::string& command)
-{
-    std::string output;
-    if (FILE* pipe = popen((command + " 2>/dev/null").c_str(), "r")) {
-        char buffer[256];
-        while (fgets(buffer, sizeof buffer, pipe) != nullptr) {
-            output += buffer;
-        }
-        pclose(pipe);
-    }
-    return output.substr(0, output.find_last_not_of('\n') + 1);
 }
 
 // The name of the log of a run started at that time.
@@ -63,21 +49,6 @@ std::string logNameAt(std::time_t at)
     std::ostringstream name;
     name << "Quorbane_" << std::put_time(&local, "%Y_%m_%d_%H-%M-%S") << ".log";
     return name.str();
-}
-
-// Each entry must begin a line, in this order (other lines may interleave).
-::testing::AssertionResult linesInOrder(const std::string& text, const std::vector<std::string>& lines)
-{
-    std::istringstream in(text);
-    std::string line;
-    std::size_t next = 0;
-    while (next < lines.size() && std::getline(in, line)) {
-        next += line.rfind(lines[next], 0) == 0 ? 1 : 0;
-    }
-    if (next < lines.size()) {
-        return ::testing::AssertionFailure() << "missing or out of order: \"" << lines[next] << "\"\n---\n" << text;
-    }
-    return ::testing::AssertionSuccess();
 }
 
 struct GameRun {
@@ -110,7 +81,15 @@ public:
         // KORVEL_TEST_DATA is <repository>/tests/app/data/, which need not exist.
         fs::copy((fs::path(KORVEL_TEST_DATA) / "../../../data/Shaders").lexically_normal(), data / "Shaders",
                  fs::copy_options::recursive);
-        writeFile(data / "models.txt", "0\n");
+        // The game's own models: it cannot start without its rocks and ship.
+        const fs::path models = (fs::path(KORVEL_TEST_DATA) / "../../../data").lexically_normal();
+        for (const auto& entry : fs::directory_iterator(models)) {
+            const std::string name = entry.path().filename().string();
+            const std::string extension = entry.path().extension().string();
+            if (extension == ".obj" || extension == ".mtl" || name == "models.txt" || name == "cargo.png") {
+                fs::copy(entry.path(), data / entry.path().filename());
+            }
+        }
         writeFile(bin / "path.def", "<Path>\n<Absolute>" + data.string() + "/</Absolute>\n</Path>\n");
     }
     ~Sandbox()
@@ -154,7 +133,7 @@ public:
         }
         std::string window;
         if (escape) {
-            window = shell("timeout 60 xdotool search --sync --pid " + std::to_string(pid) + " | head -n 1");
+            window = program_run::windowOf(pid);
             result.windowSize = shell("xdotool getwindowgeometry " + window + " | sed -n 's/.*Geometry: //p'");
             // The new window took the focus, so xdotool would type through the
             // server's own keyboard and, once Escape has closed the window,
@@ -220,7 +199,7 @@ TEST(ApplicationGLTest, NormalRunLogsItsStartUpInOrderAndEscapeEndsItCleanly)
          "[Information] creating program for Wood", "[Success] shader program established",
          "[Success] openGL variables set", "[Information] Start base for view changed:1",
          "[Information] End base for view changed:200", "[Success] view initiated", "[Success] texture manager ready",
-         "[Information] Model Manager is now verbose", "[Information] found models list: 0 item(s)",
+         "[Information] Model Manager is now verbose", "[Information] found models list: 4 item(s)",
          "[Success] model retrieved", "[Success] world initialized",
          // Escape's press, through the window's key callback.
          "[information] Position in world: ", "[Information] shader source is now verbose",
