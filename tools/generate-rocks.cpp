@@ -1,6 +1,7 @@
 // Writes the two rocks of the game, "asteroid" and "asteroid2", into the
-// directory given as the only argument: spheres of about unit radius pushed
-// in and out by the engine's value noise. The first is a rounded, cratered
+// directory given as the only argument: spheres pushed in and out by the
+// engine's value noise, six units in mean radius so that a rock the game
+// enlarges by s looks as large as the 6 s that it collides at. The first is a rounded, cratered
 // boulder; the second a long shard with ridges and broken flat faces. Each
 // is one closed surface of shared points, drawn with the "Soil" program.
 //
@@ -18,6 +19,9 @@
 #include <vector>
 
 namespace {
+
+// The game collides a rock at six times the scale it draws it at.
+constexpr double rockRadius = 6.0;
 
 using tools::MeshPart;
 using tools::Point3;
@@ -146,7 +150,7 @@ MeshPart boulder()
         }
         return Point3{d.x * r * 1.08, d.y * r * 0.9, d.z * r};
     });
-    setMeanRadius(part, 1.0);
+    setMeanRadius(part, rockRadius);
     return part;
 }
 
@@ -175,7 +179,7 @@ MeshPart shard()
         }
         return p;
     });
-    setMeanRadius(part, 1.0);
+    setMeanRadius(part, rockRadius);
     return part;
 }
 

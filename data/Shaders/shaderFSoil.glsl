@@ -10,7 +10,7 @@
 
 void main()
 {
-    vec3 p = objectPosition * 3.0;
+    vec3 p = objectPosition * 0.5;
     float n = 0.5 * korvelNoise(p) + 0.3 * korvelNoise(p * 2.7) + 0.2 * korvelNoise(p * 7.1);
     float hollow = smoothstep(0.55, 0.75, korvelNoise(p * 1.3 + vec3(5.0)));
     vec3 earth = mix(vec3(0.36, 0.28, 0.20), vec3(0.64, 0.55, 0.44), n);
