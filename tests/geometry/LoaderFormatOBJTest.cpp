@@ -16,6 +16,7 @@
 #include "scene/Joint3D.h"
 #include "scene/ShapeIndexed3D.h"
 #include "support/CaptureStdout.h"
+#include "support/ScratchDirectory.h"
 
 #include <gtest/gtest.h>
 #include <lodepng.h>
@@ -33,7 +34,7 @@ using korvel::LoaderFormatOBJ;
 using korvel::Shape3D;
 using korvel::Triangle;
 
-const std::string directory = std::string(KORVEL_BINARY_DIR) + "geometry_obj_test/";
+const std::string directory = scratchDirectory("geometry_obj_test");
 
 void writeFile(const std::string& name, const std::string& text)
 {

@@ -9,6 +9,7 @@
 #include "render/TextFont.h"
 #include "render/TextSign.h"
 #include "render/TextureManager.h"
+#include "support/ScratchDirectory.h"
 
 #include <gtest/gtest.h>
 
@@ -21,7 +22,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const fs::path directory = fs::path(KORVEL_BINARY_DIR) / "render_textfont_test";
+const fs::path directory = fs::path(scratchDirectory("render_textfont_test"));
 const fs::path shipped = (fs::path(KORVEL_TEST_DATA) / "../../../data/").lexically_normal();
 
 std::string writeFont(const std::string& name, const std::string& text)

@@ -10,6 +10,7 @@
 #include "render/TextProvider.h"
 #include "render/TextSign.h"
 #include "render/TextureManager.h"
+#include "support/ScratchDirectory.h"
 
 #include <gtest/gtest.h>
 
@@ -45,7 +46,7 @@ class TextProviderTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        const fs::path directory = fs::path(KORVEL_BINARY_DIR) / "render_textprovider_test";
+        const fs::path directory = fs::path(scratchDirectory("render_textprovider_test"));
         fs::create_directories(directory);
         std::ofstream((directory / "tiny.oft").string()) << tinyFont;
         korvel::TextureManager::getInstance()->setPath((directory / "no-images/").string());

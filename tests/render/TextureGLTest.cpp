@@ -3,6 +3,7 @@
 
 #include "render/TextureBase.h"
 #include "render/TextureManager.h"
+#include "support/ScratchDirectory.h"
 
 #include <lodepng.h>
 
@@ -12,7 +13,7 @@
 
 namespace {
 
-const std::string directory = std::string(KORVEL_BINARY_DIR) + "render_texture_test_";
+const std::string directory = scratchDirectory("render_texture_test");
 
 class TextureGLTest : public GLContextFixture {};
 

@@ -12,6 +12,7 @@
 #include "scene/ModelShape.h"
 #include "scene/ShapeIndexed3D.h"
 #include "support/CaptureStdout.h"
+#include "support/ScratchDirectory.h"
 
 #include <memory>
 #include <vector>
@@ -52,7 +53,7 @@ int litInRow(const std::vector<unsigned char>& red, int x0, int x1)
 
 TEST_F(Clone3DGLTest, CloneDrawsTheModelsBuffersWhereTheCloneStands)
 {
-    const std::string dir = std::string(KORVEL_BINARY_DIR) + "scene_clone_gltest/";
+    const std::string dir = scratchDirectory("scene_clone_gltest");
     writeText(dir + "shaderVFlat.glsl", vertexSource);
     writeText(dir + "shaderFFlat.glsl", fragmentSource);
     ASSERT_TRUE(korvel::ShaderProgramManagerBase::init());

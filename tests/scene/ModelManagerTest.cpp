@@ -13,6 +13,7 @@
 #include "scene/ModelShape.h"
 #include "scene/ShapeIndexed3D.h"
 #include "support/CaptureStdout.h"
+#include "support/ScratchDirectory.h"
 
 #include <gtest/gtest.h>
 
@@ -26,7 +27,7 @@ namespace {
 using korvel::IObject3D;
 using korvel::ModelManager;
 
-const std::string dir = std::string(KORVEL_BINARY_DIR) + "scene_models_test/";
+const std::string dir = scratchDirectory("scene_models_test");
 
 std::size_t triangles(const IObject3D* object)
 {

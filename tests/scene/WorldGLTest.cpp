@@ -18,6 +18,7 @@
 #include "scene/World.h"
 #include "geometry/ShapeIndexed.h"
 #include "support/CaptureStdout.h"
+#include "support/ScratchDirectory.h"
 
 #include <filesystem>
 #include <sstream>
@@ -100,7 +101,7 @@ class Programs {
 public:
     Programs()
     {
-        const std::string dir = std::string(KORVEL_BINARY_DIR) + "scene_world_gltest/";
+        const std::string dir = scratchDirectory("scene_world_gltest");
         const std::pair<const char*, std::string> colours[] = {
             {"Red", "vec4(1.0, 0.0, 0.0, 1.0)"},
             {"Glass", "vec4(0.0, 0.0, 1.0, 0.5)"},
