@@ -1,5 +1,6 @@
 #include "scene/IObject3D.h"
 
+#include "geometry/Triangle.h"
 #include "scene/Observer3D.h"
 
 #include <algorithm>
@@ -94,22 +95,43 @@ void IObject3D::unchangeMatrixObject()
 
 void IObject3D::computeBoundingBoxtoRef()
 {
-    const float x0 = std::min(worldMin.x, worldMax.x);
-    const float y0 = std::min(worldMin.y, worldMax.y);
-    const float z0 = std::min(worldMin.z, worldMax.z);
-    const float x1 = std::max(worldMin.x, worldMax.x);
-    const float y1 = std::max(worldMin.y, worldMax.y);
-    const float z1 = std::max(worldMin.z, worldMax.z);
-    auto corner = [](float x, float y, float z) { return Vector4D(x, y, z, 1.0f); };
+    Vector4D corners[8];
+    if (matrixObject == nullptr) {
+        boxCorners(worldMin, worldMax, corners);
+    } else {
+        boxCorners(localMin, localMax, corners);
+        for (Vector4D& corner : corners) {
+            corner = *matrixObject * corner;
+        }
+    }
+    layBoundaries(corners);
+}
 
-    boundaries.clear();
-    // Each face counter-clockwise seen from outside the box.
-    boundaries.addQuad(corner(x0, y0, z0), corner(x0, y1, z0), corner(x1, y1, z0), corner(x1, y0, z0));
-    boundaries.addQuad(corner(x0, y0, z1), corner(x1, y0, z1), corner(x1, y1, z1), corner(x0, y1, z1));
-    boundaries.addQuad(corner(x0, y0, z0), corner(x0, y0, z1), corner(x0, y1, z1), corner(x0, y1, z0));
-    boundaries.addQuad(corner(x1, y0, z0), corner(x1, y1, z0), corner(x1, y1, z1), corner(x1, y0, z1));
-    boundaries.addQuad(corner(x0, y0, z0), corner(x1, y0, z0), corner(x1, y0, z1), corner(x0, y0, z1));
-    boundaries.addQuad(corner(x0, y1, z0), corner(x0, y1, z1), corner(x1, y1, z1), corner(x1, y1, z0));
+void IObject3D::layBoundaries(const Vector4D corners[8])
+{
+    // Each face as boxCorners numbers the corners, counter-clockwise seen
+    // from outside while the matrix does not mirror; the line test looks at
+    // neither side.
+    static const int faces[6][4] = {{0, 2, 3, 1}, {4, 5, 7, 6}, {0, 4, 6, 2},
+                                    {1, 3, 7, 5}, {0, 1, 5, 4}, {2, 6, 7, 3}};
+    static const int halves[2][3] = {{0, 1, 2}, {2, 3, 0}};
+    if (boundaries.getTriangleCount() != 12) {
+        boundaries.clear();
+        for (int i = 0; i < 12; ++i) {
+            boundaries.addTriangle(new Triangle());
+        }
+    }
+    // An object that moves has its box laid again at the next pick: the
+    // triangles stay, only their points are written.
+    auto triangle = boundaries.getTriangles().begin();
+    for (const auto& face : faces) {
+        for (const auto& half : halves) {
+            for (int k = 0; k < 3; ++k) {
+                *(*triangle)->points[k] = corners[face[half[k]]];
+            }
+            ++triangle;
+        }
+    }
 }
 
 void IObject3D::computeWorldLimits()
@@ -120,6 +142,7 @@ void IObject3D::computeWorldLimits()
     }
     worldMin = *matrixObject * localMin;
     worldMax = *matrixObject * localMax;
+    boundariesStale = true;
 }
 
 void IObject3D::changeMatrixObject()
@@ -182,9 +205,10 @@ void IObject3D::transform(const Matrix4D&)
 
 bool IObject3D::isIntersectingBoundariesLine(const Vector4D& origin, const Vector4D& direction)
 {
-    if (matrixChanged) {
+    if (matrixChanged || boundariesStale) {
         computeBoundingBoxtoRef();
         matrixChanged = false;
+        boundariesStale = false;
     }
     return boundaries.isIntersectingBoundariesLine(origin, direction);
 }
@@ -272,6 +296,32 @@ void IObject3D::deleteEachOnce(IObject3D** slots, int count)
         }
         delete object;
     }
+}
+
+void IObject3D::boxCorners(const Vector4D& a, const Vector4D& b, Vector4D corners[8])
+{
+    for (int i = 0; i < 8; ++i) {
+        corners[i] = Vector4D((i & 1) != 0 ? b.x : a.x, (i & 2) != 0 ? b.y : a.y, (i & 4) != 0 ? b.z : a.z, 1.0f);
+    }
+}
+
+void IObject3D::placedBounds(const Matrix4D& m, const Vector4D& a, const Vector4D& b, Vector4D& low,
+                             Vector4D& high)
+{
+    Vector4D corners[8];
+    boxCorners(a, b, corners);
+    for (int i = 0; i < 8; ++i) {
+        const Vector4D placed = m * corners[i];
+        if (i == 0) {
+            low = placed;
+            high = placed;
+        } else {
+            low.minimize(placed);
+            high.maximize(placed);
+        }
+    }
+    low.w = 1.0f;
+    high.w = 1.0f;
 }
 
 void IObject3D::setLocalLimits(const Vector4D& min, const Vector4D& max)
