@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <iostream>
 #include <limits>
 #include <string>
@@ -207,10 +208,56 @@ bool IObject3D::isIntersectingBoundariesLine(const Vector4D& origin, const Vecto
 {
     if (matrixChanged || boundariesStale) {
         computeBoundingBoxtoRef();
+        fitBoundariesSphere();
         matrixChanged = false;
         boundariesStale = false;
     }
-    return boundaries.isIntersectingBoundariesLine(origin, direction);
+    return isLineNearBoundaries(origin, direction) && boundaries.isIntersectingBoundariesLine(origin, direction);
+}
+
+void IObject3D::fitBoundariesSphere()
+{
+    // Around whatever the box holds, so that a kind laying its own box keeps
+    // a true sphere.
+    Vector4D sum(0.0f, 0.0f, 0.0f, 0.0f);
+    int count = 0;
+    for (const Triangle* t : boundaries.getTriangles()) {
+        for (const Vector4D* p : t->points) {
+            sum = sum + Vector4D(p->x, p->y, p->z, 0.0f);
+            ++count;
+        }
+    }
+    const float share = count > 0 ? 1.0f / static_cast<float>(count) : 0.0f;
+    boundariesCentre = Vector4D(sum.x * share, sum.y * share, sum.z * share, 1.0f);
+    boundariesRadius = 0.0f;
+    for (const Triangle* t : boundaries.getTriangles()) {
+        for (const Vector4D* p : t->points) {
+            boundariesRadius = std::max(boundariesRadius, (*p - boundariesCentre).norm3D());
+        }
+    }
+}
+
+bool IObject3D::isLineNearBoundaries(const Vector4D& origin, const Vector4D& direction) const
+{
+    // Asked of every object at every pick: plain arithmetic, no square root.
+    const float dx = direction.x;
+    const float dy = direction.y;
+    const float dz = direction.z;
+    const float lengthSquared = dx * dx + dy * dy + dz * dz;
+    if (!(lengthSquared > 0.0f) || !std::isfinite(boundariesRadius)) {
+        return true;  // no way to tell: the triangles decide
+    }
+    const float wx = boundariesCentre.x - origin.x;
+    const float wy = boundariesCentre.y - origin.y;
+    const float wz = boundariesCentre.z - origin.z;
+    // Distance from the centre to the line by the cross product (no
+    // cancellation far from the origin), with a margin for rounding well
+    // above what the triangle test itself resolves.
+    const float cx = wy * dz - wz * dy;
+    const float cy = wz * dx - wx * dz;
+    const float cz = wx * dy - wy * dx;
+    const float reach = boundariesRadius + 1e-4f * (boundariesRadius + std::fabs(wx) + std::fabs(wy) + std::fabs(wz));
+    return !(cx * cx + cy * cy + cz * cz > reach * reach * lengthSquared);
 }
 
 bool IObject3D::getIntersectingLine(const Vector4D&, const Vector4D&, Triangle&)

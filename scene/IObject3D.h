@@ -84,7 +84,8 @@ public:
     virtual void transform(const Matrix4D& m);
     // The line through origin along direction against the boundary box, which
     // is rebuilt first when the matrix or the limits changed since the last
-    // test.
+    // test. A line that passes clear of the sphere around the box is
+    // answered without looking at its triangles.
     virtual bool isIntersectingBoundariesLine(const Vector4D& origin, const Vector4D& direction);
     virtual bool getIntersectingLine(const Vector4D& origin, const Vector4D& direction, Triangle& hit);
     virtual void updateLimits();
@@ -157,8 +158,15 @@ protected:
     std::string name;
 
 private:
+    // The sphere around the boundary box, for the quick refusal of lines
+    // passing far from the object; fitted whenever the box is rebuilt.
+    void fitBoundariesSphere();
+    bool isLineNearBoundaries(const Vector4D& origin, const Vector4D& direction) const;
+
     // Set when the world limits are computed again: the box follows them.
     bool boundariesStale = true;
+    Vector4D boundariesCentre;
+    float boundariesRadius = 0.0f;
 };
 
 }  // namespace korvel

@@ -132,6 +132,11 @@ TEST(IObject3DTest, LineTestRebuildsTheBoxOnlyAfterTheMatrixOrTheLimitsChange)
     EXPECT_FALSE(probe.isMatrixObjectChanged());
     EXPECT_FALSE(probe.isIntersectingBoundariesLine(throughMoved, alongZ));
     EXPECT_EQ(probe.boxBuilds, 1);
+    // Lines square to the diagonal, just inside and just outside a corner:
+    // the quick refusal of far lines does not refuse the first.
+    const Vector4D acrossDiagonal(1.0f, -1.0f, 0.0f, 0.0f);
+    EXPECT_TRUE(probe.isIntersectingBoundariesLine(Vector4D(0.999f, 0.999f, 0.999f, 1.0f), acrossDiagonal));
+    EXPECT_FALSE(probe.isIntersectingBoundariesLine(Vector4D(1.001f, 1.001f, 1.001f, 1.0f), acrossDiagonal));
 
     probe.getMatrixObjectChange()->setPosition(10.0f, 0.0f, 0.0f);
     probe.changeMatrixObject();
