@@ -430,6 +430,18 @@ TEST(WorldTest, TurnedAndScaledObjectsOfEveryKindArePickedThroughTheirGeometry)
     }
 }
 
+TEST(WorldTest, AnObjectFilledWithoutItsLimitsIsSeenAndPickedByItsGeometry)
+{
+    World world;
+    world.setProjection(0.7853982f, 800, 600, 1.0f, 100.0f);
+    auto* far = new Shape3D();
+    far->getShape()->addTriangle(flatTriangle(30.0f, 0.0f, -50.0f, 2.0f));  // the limits still say (0, 0, 0)
+    world.addElement("far", far);
+    korvel::Triangle triangle;
+    EXPECT_EQ(world.pickObject(at(30.5f, 0.5f, 0.0f), Vector4D(0, 0, -1, 0), triangle), far);
+    EXPECT_FLOAT_EQ(far->getWorldMin().x, 30.0f);
+}
+
 TEST(WorldTest, TheMouseSelectsAndTheKeysTurnScaleAndDeleteTheSelection)
 {
     Counted::deletions = 0;
