@@ -357,15 +357,12 @@ void IObject3D::placedBounds(const Matrix4D& m, const Vector4D& a, const Vector4
 {
     Vector4D corners[8];
     boxCorners(a, b, corners);
-    for (int i = 0; i < 8; ++i) {
+    low = m * corners[0];
+    high = low;
+    for (int i = 1; i < 8; ++i) {
         const Vector4D placed = m * corners[i];
-        if (i == 0) {
-            low = placed;
-            high = placed;
-        } else {
-            low.minimize(placed);
-            high.maximize(placed);
-        }
+        low.minimize(placed);
+        high.maximize(placed);
     }
     low.w = 1.0f;
     high.w = 1.0f;
