@@ -177,9 +177,17 @@ bool Compound3D::getIntersectingLine(const Vector4D& origin, const Vector4D& dir
 
 void Compound3D::mergeLimits(const Joint3D& joint, bool first)
 {
-    // A placed box may have its corners swapped: take both orders.
-    const Vector4D low = lower(joint.getLocalMin(), joint.getLocalMax());
-    const Vector4D high = upper(joint.getLocalMin(), joint.getLocalMax());
+    // The component's whole box as the joint places it: the joint's own two
+    // corners alone would flatten a turned component.
+    Vector4D low;
+    Vector4D high;
+    const IObject3D* component = joint.getComponent();
+    if (component != nullptr && joint.getMatrixObject() != nullptr) {
+        placedBounds(*joint.getMatrixObject(), component->getLocalMin(), component->getLocalMax(), low, high);
+    } else {
+        low = lower(joint.getLocalMin(), joint.getLocalMax());
+        high = upper(joint.getLocalMin(), joint.getLocalMax());
+    }
     localMin = first ? low : lower(localMin, low);
     localMax = first ? high : upper(localMax, high);
 }

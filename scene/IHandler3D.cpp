@@ -156,6 +156,12 @@ void IHandler3D::setLOD(short level)
         return;
     }
     current = chosen;
+    // The handler's box is the shown one's: a handler fresh from its model
+    // is seen and picked by the box of what it shows.
+    if (current != nullptr) {
+        localMin = current->getLocalMin();
+        localMax = current->getLocalMax();
+    }
     changeMatrixObject();
 }
 

@@ -43,6 +43,8 @@ public:
 
     void setRepresentative(short lod, IObject3D* object);
     IObject3D* getRepresentative(short lod) const;
+    // A representative that becomes the shown one lends the handler its
+    // local limits.
     void setLOD(short lod);
     short getLOD() const { return lod; }
     IObject3D* getCurrent() const { return current; }

@@ -1,9 +1,11 @@
 #include "scene/IObject3D.h"
 
+#include "geometry/Triangle.h"
 #include "scene/Observer3D.h"
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <iostream>
 #include <limits>
 #include <string>
@@ -94,22 +96,43 @@ void IObject3D::unchangeMatrixObject()
 
 void IObject3D::computeBoundingBoxtoRef()
 {
-    const float x0 = std::min(worldMin.x, worldMax.x);
-    const float y0 = std::min(worldMin.y, worldMax.y);
-    const float z0 = std::min(worldMin.z, worldMax.z);
-    const float x1 = std::max(worldMin.x, worldMax.x);
-    const float y1 = std::max(worldMin.y, worldMax.y);
-    const float z1 = std::max(worldMin.z, worldMax.z);
-    auto corner = [](float x, float y, float z) { return Vector4D(x, y, z, 1.0f); };
+    Vector4D corners[8];
+    if (matrixObject == nullptr) {
+        boxCorners(worldMin, worldMax, corners);
+    } else {
+        boxCorners(localMin, localMax, corners);
+        for (Vector4D& corner : corners) {
+            corner = *matrixObject * corner;
+        }
+    }
+    layBoundaries(corners);
+}
 
-    boundaries.clear();
-    // Each face counter-clockwise seen from outside the box.
-    boundaries.addQuad(corner(x0, y0, z0), corner(x0, y1, z0), corner(x1, y1, z0), corner(x1, y0, z0));
-    boundaries.addQuad(corner(x0, y0, z1), corner(x1, y0, z1), corner(x1, y1, z1), corner(x0, y1, z1));
-    boundaries.addQuad(corner(x0, y0, z0), corner(x0, y0, z1), corner(x0, y1, z1), corner(x0, y1, z0));
-    boundaries.addQuad(corner(x1, y0, z0), corner(x1, y1, z0), corner(x1, y1, z1), corner(x1, y0, z1));
-    boundaries.addQuad(corner(x0, y0, z0), corner(x1, y0, z0), corner(x1, y0, z1), corner(x0, y0, z1));
-    boundaries.addQuad(corner(x0, y1, z0), corner(x0, y1, z1), corner(x1, y1, z1), corner(x1, y1, z0));
+void IObject3D::layBoundaries(const Vector4D corners[8])
+{
+    // Each face as boxCorners numbers the corners, counter-clockwise seen
+    // from outside while the matrix does not mirror; the line test looks at
+    // neither side.
+    static const int faces[6][4] = {{0, 2, 3, 1}, {4, 5, 7, 6}, {0, 4, 6, 2},
+                                    {1, 3, 7, 5}, {0, 1, 5, 4}, {2, 6, 7, 3}};
+    static const int halves[2][3] = {{0, 1, 2}, {2, 3, 0}};
+    if (boundaries.getTriangleCount() != 12) {
+        boundaries.clear();
+        for (int i = 0; i < 12; ++i) {
+            boundaries.addTriangle(new Triangle());
+        }
+    }
+    // An object that moves has its box laid again at the next pick: the
+    // triangles stay, only their points are written.
+    auto triangle = boundaries.getTriangles().begin();
+    for (const auto& face : faces) {
+        for (const auto& half : halves) {
+            for (int k = 0; k < 3; ++k) {
+                *(*triangle)->points[k] = corners[face[half[k]]];
+            }
+            ++triangle;
+        }
+    }
 }
 
 void IObject3D::computeWorldLimits()
@@ -120,6 +143,7 @@ void IObject3D::computeWorldLimits()
     }
     worldMin = *matrixObject * localMin;
     worldMax = *matrixObject * localMax;
+    boundariesStale = true;
 }
 
 void IObject3D::changeMatrixObject()
@@ -182,11 +206,58 @@ void IObject3D::transform(const Matrix4D&)
 
 bool IObject3D::isIntersectingBoundariesLine(const Vector4D& origin, const Vector4D& direction)
 {
-    if (matrixChanged) {
+    if (matrixChanged || boundariesStale) {
         computeBoundingBoxtoRef();
+        fitBoundariesSphere();
         matrixChanged = false;
+        boundariesStale = false;
     }
-    return boundaries.isIntersectingBoundariesLine(origin, direction);
+    return isLineNearBoundaries(origin, direction) && boundaries.isIntersectingBoundariesLine(origin, direction);
+}
+
+void IObject3D::fitBoundariesSphere()
+{
+    // Around whatever the box holds, so that a kind laying its own box keeps
+    // a true sphere.
+    Vector4D sum(0.0f, 0.0f, 0.0f, 0.0f);
+    int count = 0;
+    for (const Triangle* t : boundaries.getTriangles()) {
+        for (const Vector4D* p : t->points) {
+            sum = sum + Vector4D(p->x, p->y, p->z, 0.0f);
+            ++count;
+        }
+    }
+    const float share = count > 0 ? 1.0f / static_cast<float>(count) : 0.0f;
+    boundariesCentre = Vector4D(sum.x * share, sum.y * share, sum.z * share, 1.0f);
+    boundariesRadius = 0.0f;
+    for (const Triangle* t : boundaries.getTriangles()) {
+        for (const Vector4D* p : t->points) {
+            boundariesRadius = std::max(boundariesRadius, (*p - boundariesCentre).norm3D());
+        }
+    }
+}
+
+bool IObject3D::isLineNearBoundaries(const Vector4D& origin, const Vector4D& direction) const
+{
+    // Asked of every object at every pick: plain arithmetic, no square root.
+    const float dx = direction.x;
+    const float dy = direction.y;
+    const float dz = direction.z;
+    const float lengthSquared = dx * dx + dy * dy + dz * dz;
+    if (!(lengthSquared > 0.0f) || !std::isfinite(boundariesRadius)) {
+        return true;  // no way to tell: the triangles decide
+    }
+    const float wx = boundariesCentre.x - origin.x;
+    const float wy = boundariesCentre.y - origin.y;
+    const float wz = boundariesCentre.z - origin.z;
+    // Distance from the centre to the line by the cross product (no
+    // cancellation far from the origin), with a margin for rounding well
+    // above what the triangle test itself resolves.
+    const float cx = wy * dz - wz * dy;
+    const float cy = wz * dx - wx * dz;
+    const float cz = wx * dy - wy * dx;
+    const float reach = boundariesRadius + 1e-4f * (boundariesRadius + std::fabs(wx) + std::fabs(wy) + std::fabs(wz));
+    return !(cx * cx + cy * cy + cz * cz > reach * reach * lengthSquared);
 }
 
 bool IObject3D::getIntersectingLine(const Vector4D&, const Vector4D&, Triangle&)
@@ -272,6 +343,29 @@ void IObject3D::deleteEachOnce(IObject3D** slots, int count)
         }
         delete object;
     }
+}
+
+void IObject3D::boxCorners(const Vector4D& a, const Vector4D& b, Vector4D corners[8])
+{
+    for (int i = 0; i < 8; ++i) {
+        corners[i] = Vector4D((i & 1) != 0 ? b.x : a.x, (i & 2) != 0 ? b.y : a.y, (i & 4) != 0 ? b.z : a.z, 1.0f);
+    }
+}
+
+void IObject3D::placedBounds(const Matrix4D& m, const Vector4D& a, const Vector4D& b, Vector4D& low,
+                             Vector4D& high)
+{
+    Vector4D corners[8];
+    boxCorners(a, b, corners);
+    low = m * corners[0];
+    high = low;
+    for (int i = 1; i < 8; ++i) {
+        const Vector4D placed = m * corners[i];
+        low.minimize(placed);
+        high.maximize(placed);
+    }
+    low.w = 1.0f;
+    high.w = 1.0f;
 }
 
 void IObject3D::setLocalLimits(const Vector4D& min, const Vector4D& max)

@@ -9,8 +9,11 @@
 //
 // Limits: a local box in the object's own frame and its two corners carried
 // into the world by the matrix. The world corners are the two local corners
-// transformed, so under a rotation they need not be ordered; the boundary
-// box is laid over their component-wise bounds.
+// transformed, so under a rotation they need not be ordered (the world's
+// visibility test is content with them). The boundary box used for picking
+// is the whole local box carried by the matrix: its eight corners
+// transformed, a box turned, scaled and moved with the object, so a line
+// that crosses the object always crosses it.
 //
 // The class has two Object bases (one through ISerializable, one through
 // Subject), so an IObject3D* converts to Object* only through one of them:
@@ -60,7 +63,9 @@ public:
     bool save(std::ostream& out) override;
 
     virtual void unchangeMatrixObject();
-    // Lays the twelve triangles of the box spanned by the world limits.
+    // Lays the twelve triangles of the local box carried by the matrix (whose
+    // corners include both world limits); without a matrix, of the box the
+    // world limits span.
     virtual void computeBoundingBoxtoRef();
     virtual void computeWorldLimits();
     virtual void changeMatrixObject();
@@ -78,7 +83,9 @@ public:
     virtual void show();
     virtual void transform(const Matrix4D& m);
     // The line through origin along direction against the boundary box, which
-    // is rebuilt first when the matrix changed since the last test.
+    // is rebuilt first when the matrix or the limits changed since the last
+    // test. A line that passes clear of the sphere around the box is
+    // answered without looking at its triangles.
     virtual bool isIntersectingBoundariesLine(const Vector4D& origin, const Vector4D& direction);
     virtual bool getIntersectingLine(const Vector4D& origin, const Vector4D& direction, Triangle& hit);
     virtual void updateLimits();
@@ -106,6 +113,13 @@ public:
     // Deletes the objects of count slots, one standing in several slots
     // once, and nulls every slot.
     static void deleteEachOnce(IObject3D** slots, int count);
+    // The eight corners of the box spanned by a and b (in any order): bit 0
+    // of the index picks b's x, bit 1 b's y, bit 2 b's z; w is 1.
+    static void boxCorners(const Vector4D& a, const Vector4D& b, Vector4D corners[8]);
+    // The axis-aligned bounds of the box spanned by a and b once carried by m
+    // (all eight corners: two are not enough under a rotation).
+    static void placedBounds(const Matrix4D& m, const Vector4D& a, const Vector4D& b, Vector4D& low,
+                             Vector4D& high);
 
     // The name the object asks to be known by (a world or a compound may
     // register it under another one when it is taken). Not serialised here.
@@ -125,6 +139,9 @@ public:
 
 protected:
     bool takeMatrix(Matrix4D* m, bool owned, const char* operation);
+    // Writes the twelve triangles of the box with these corners (indexed as
+    // boxCorners does) into boundaries, reusing the triangles already there.
+    void layBoundaries(const Vector4D corners[8]);
 
     Matrix4D* matrixObject;
     bool matrixOwned;
@@ -139,6 +156,17 @@ protected:
     Vector4D worldMax;
     bool made;
     std::string name;
+
+private:
+    // The sphere around the boundary box, for the quick refusal of lines
+    // passing far from the object; fitted whenever the box is rebuilt.
+    void fitBoundariesSphere();
+    bool isLineNearBoundaries(const Vector4D& origin, const Vector4D& direction) const;
+
+    // Set when the world limits are computed again: the box follows them.
+    bool boundariesStale = true;
+    Vector4D boundariesCentre;
+    float boundariesRadius = 0.0f;
 };
 
 }  // namespace korvel

@@ -36,7 +36,9 @@ public:
     void draw() override;
     // The component is transformed by (placement x m); the placement stays.
     void transform(const Matrix4D& m) override;
-    // The component's local limits carried by the placement.
+    // The component's two local corners carried by the placement: under a
+    // turned placement they need not span the placed component, which is
+    // why a compound merges the component's whole placed box instead.
     void updateLimits() override;
     // The component's lowest point carried by the placement.
     bool getMinPointY(Vector4D& p) const override;

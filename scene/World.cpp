@@ -112,6 +112,9 @@ std::string World::addElement(const std::string& name, IObject3D* object)
     while (elements.count(free) != 0) {
         free = rootName + std::to_string(generatedNameCounter++);
     }
+    // Visibility and picking go by the limits: take them from what the
+    // object holds now, for those filled without being told.
+    object->updateLimits();
     elements[free] = object;
     collectLeaves(object);
     return free;

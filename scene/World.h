@@ -89,8 +89,10 @@ public:
     // ---- elements ----
     // Registers object (owned from now on) under its own name, or under
     // rootName when it has none; a name already taken is replaced by rootName
-    // followed by the generated-name counter. Returns the name used, empty
-    // (nothing registered) for a null object.
+    // followed by the generated-name counter. The object's limits are
+    // updated from what it holds, for the visibility test and picking
+    // (geometry changed later needs its own updateLimits). Returns the name
+    // used, empty (nothing registered) for a null object.
     std::string addElement(IObject3D* object);
     std::string addElement(const std::string& name, IObject3D* object);
     // Drops the first entry, in name order, holding object; the caller owns

@@ -67,11 +67,15 @@ ApplicationViewer::ApplicationViewer()
     backgroundColour = Vector4D(0.08f, 0.09f, 0.12f, 1.0f);
 }
 
-ApplicationViewer::~ApplicationViewer()
+ApplicationViewer::~ApplicationViewer() = default;
+
+bool ApplicationViewer::initView()
 {
-    delete shown;
-    delete info;
-    delete help;
+    const bool ready = Application3D::initView();
+    for (const auto& entry : ShaderProgramManager::getInstance()->getPrograms()) {
+        programsAtSetup.insert(entry.second);
+    }
+    return ready;
 }
 
 bool ApplicationViewer::initWorld()
@@ -89,11 +93,20 @@ bool ApplicationViewer::initWorld()
     } else {
         provider = std::make_unique<TextProvider>(font.get());
     }
-    // Programs made since the world's setup (the text's, the materials' of
-    // the models) get the camera, projection, light and fog too.
-    world->setup();
+    initializeLatePrograms();
+    createText();
     showModel();
     return true;
+}
+
+void ApplicationViewer::initializeLatePrograms()
+{
+    for (const auto& entry : ShaderProgramManager::getInstance()->getPrograms()) {
+        auto* program = dynamic_cast<ShaderProgramBase*>(entry.second);
+        if (program != nullptr && programsAtSetup.count(program) == 0) {
+            world->initializeShaderProgram(program);
+        }
+    }
 }
 
 // ---- the shown model ---------------------------------------------------------
@@ -112,10 +125,20 @@ std::size_t ApplicationViewer::countTriangles(const IObject3D* object)
     return count;
 }
 
-void ApplicationViewer::showModel()
+void ApplicationViewer::dropModel()
 {
+    if (shown == nullptr) {
+        return;
+    }
+    world->removeRelatedElements(shown);
+    world->removeElement(shown);
     delete shown;
     shown = nullptr;
+}
+
+void ApplicationViewer::showModel()
+{
+    dropModel();
     levels.clear();
     levelIndex = 0;
     modelName = modelManager != nullptr ? modelManager->getCurrentModelName() : std::string();
@@ -134,6 +157,7 @@ void ApplicationViewer::showModel()
         }
         shown->setLOD(0);
         frame(*shown->getRepresentative(0));
+        world->addElement("model", shown);
     }
     resetOrbit();
     updateText();
@@ -185,8 +209,16 @@ void ApplicationViewer::resetOrbit()
     // nearly fits the narrower side of the view.
     const Matrix4D& projection = world->getProjection();
     const float widest = std::max(std::fabs(projection.m[0]), std::fabs(projection.m[5]));
-    distance = 0.95f * radius * std::sqrt(1.0f + widest * widest);
+    distance = std::max(0.95f * radius * std::sqrt(1.0f + widest * widest), closestDistance());
     orbitChanged = true;
+}
+
+float ApplicationViewer::closestDistance() const
+{
+    // The model's sphere stays beyond the near plane, so it is never cut
+    // open, and beyond the text's plane: the text is drawn after the model
+    // with the depth test on.
+    return std::max(radius * 1.05f, radius + 1.1f * viewStart);
 }
 
 void ApplicationViewer::orbit(float yawStep, float pitchStep)
@@ -198,8 +230,9 @@ void ApplicationViewer::orbit(float yawStep, float pitchStep)
 
 void ApplicationViewer::zoom(float factor)
 {
-    // Never inside the model's sphere, never beyond most of the far plane.
-    distance = std::clamp(distance * factor, radius * 1.05f, std::max(radius * 1.05f, viewEnd * 0.8f));
+    // Never inside the model's sphere or past the text, never beyond most of
+    // the far plane.
+    distance = std::clamp(distance * factor, closestDistance(), std::max(closestDistance(), viewEnd * 0.8f));
     orbitChanged = true;
 }
 
@@ -219,6 +252,7 @@ bool ApplicationViewer::updatePointOfView()
         world->setView(orbitView());
         orbitChanged = false;
     }
+    placeTexts();
     return Application3D::updatePointOfView();
 }
 
@@ -227,10 +261,6 @@ bool ApplicationViewer::updatePointOfView()
 bool ApplicationViewer::updateView()
 {
     Application3D::updateView();
-    if (shown != nullptr) {
-        shown->draw();
-    }
-    drawText();
     if (screenshotWanted) {
         screenshotWanted = false;
         saveScreenshot();
@@ -240,12 +270,30 @@ bool ApplicationViewer::updateView()
 
 float ApplicationViewer::textDistance() const
 {
-    return 2.0f * viewStart;
+    // Just past the near plane, where nothing else comes.
+    return 1.02f * viewStart;
 }
 
 float ApplicationViewer::textLine() const
 {
     return textLineShare * 2.0f * textDistance() / world->getProjection().m[5];
+}
+
+void ApplicationViewer::createText()
+{
+    if (provider == nullptr) {
+        return;
+    }
+    provider->setLineHeight(helpShare * textLine());
+    help = provider->createMessage(helpText);
+    provider->setLineHeight(textLine());
+    info = provider->createMessage(describe());
+    if (help != nullptr) {
+        world->addElement("text-help", help);
+    }
+    if (info != nullptr) {
+        world->addElement("text-info", info);
+    }
 }
 
 void ApplicationViewer::updateText()
@@ -256,18 +304,9 @@ void ApplicationViewer::updateText()
         oneLine += c == '\n' ? std::string(", ") : std::string(1, c);
     }
     std::cout << "[Information] Viewer shows " << oneLine << std::endl;
-    if (provider == nullptr) {
-        return;
-    }
-    provider->setLineHeight(textLine());
-    if (info == nullptr) {
-        info = provider->createMessage(description);
-    } else {
+    if (provider != nullptr && info != nullptr) {
+        provider->setLineHeight(textLine());
         provider->updateMessage(*info, description);
-    }
-    if (help == nullptr) {
-        provider->setLineHeight(helpShare * textLine());
-        help = provider->createMessage(helpText);
     }
 }
 
@@ -283,23 +322,18 @@ void ApplicationViewer::placeText(Shape3D& text, float x, float y)
     text.changeMatrixObject();
 }
 
-void ApplicationViewer::drawText()
+void ApplicationViewer::placeTexts()
 {
-    if (info == nullptr || help == nullptr) {
-        return;
-    }
     // The half sizes of the screen on the text's plane.
     const float halfWidth = textDistance() / world->getProjection().m[0];
     const float halfHeight = textDistance() / world->getProjection().m[5];
     const float line = textLine();
-    placeText(*info, -halfWidth + 0.6f * line, halfHeight - 1.2f * line);
-    placeText(*help, -halfWidth + 0.6f * line, -halfHeight + 0.6f * line);
-    glDisable(GL_DEPTH_TEST);
-    glEnable(GL_BLEND);
-    info->draw();
-    help->draw();
-    glDisable(GL_BLEND);
-    glEnable(GL_DEPTH_TEST);
+    if (info != nullptr) {
+        placeText(*info, -halfWidth + 0.6f * line, halfHeight - 1.2f * line);
+    }
+    if (help != nullptr) {
+        placeText(*help, -halfWidth + 0.6f * line, -halfHeight + 0.6f * line);
+    }
 }
 
 bool ApplicationViewer::saveScreenshot()
@@ -400,7 +434,11 @@ void ApplicationViewer::manageButton(GLFWwindow* eventWindow, int button, int ac
 
 void ApplicationViewer::manageCursorPos(GLFWwindow* eventWindow, double x, double y)
 {
-    Application3D::manageCursorPos(eventWindow, x, y);
+    (void)eventWindow;
+    // Not the frame's handler: the viewer picks nothing, so the world's
+    // selection beam (which the frame points at the cursor) stays hidden.
+    cursorX = x;
+    cursorY = y;
     if (dragging) {
         orbit(static_cast<float>(x - dragX) * dragRadiansPerPixel, static_cast<float>(y - dragY) * dragRadiansPerPixel);
         dragX = x;
@@ -419,11 +457,10 @@ void ApplicationViewer::manageScroll(GLFWwindow* eventWindow, double xOffset, do
 
 bool ApplicationViewer::releaseAll()
 {
-    delete shown;
+    // The world deletes the model and the texts with itself, before the
+    // models the clones draw on.
     shown = nullptr;
-    delete info;
     info = nullptr;
-    delete help;
     help = nullptr;
     provider.reset();
     font.reset();

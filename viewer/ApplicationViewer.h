@@ -12,15 +12,21 @@
 //   Escape       quit (the frame's)
 // Mouse: drag with the left button to orbit, wheel to zoom.
 //
-// The shown model and the text are drawn by the viewer after the world: the
-// text last, without depth test, placed each frame in front of the camera.
+// Everything on screen is in the world and drawn by it: the shown model is a
+// detail handler of clones registered as "model", the two lines of text are
+// blended objects registered as "text-help" and "text-info" (after the model
+// in name order, so drawn over it), placed each frame on a plane just past
+// the near plane, which the orbit never lets the model reach.
 
 #include "app/Application3D.h"
 #include "core/Matrix4D.h"
 
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
+
+class ShaderProgram;
 
 namespace korvel {
 
@@ -39,22 +45,28 @@ public:
     ApplicationViewer();
     ~ApplicationViewer() override;
 
-    // The font and its program, then the first model.
+    // The world's setup, then a note of the programs it prepared.
+    bool initView() override;
+    // The font and its program, the programs made since the world's setup,
+    // the text, then the first model.
     bool initWorld() override;
-    // The world, the shown model, then the text; a screenshot when asked.
+    // The world's frame; a screenshot when asked.
     bool updateView() override;
-    // Hands the orbit to the world's camera when it moved.
+    // Hands the orbit to the world's camera when it moved and keeps the text
+    // in front of the camera, then the world's update.
     bool updatePointOfView() override;
-    // The clones and texts go before the models they draw.
+    // Lets the world delete what it holds, then the frame's release.
     bool releaseAll() override;
 
     void manageKey(GLFWwindow* window, int key, int scancode, int action, int mods) override;
     void manageButton(GLFWwindow* window, int button, int action, int mods) override;
+    // Drags orbit; the cursor is kept, but draws no selection beam.
     void manageCursorPos(GLFWwindow* window, double x, double y) override;
     void manageScroll(GLFWwindow* window, double xOffset, double yOffset) override;
 
-    // Clones of every level of the model at the browsing position; shows
-    // level 0 and frames the model.
+    // Clones of every level of the model at the browsing position, in the
+    // world in place of the model shown before; shows level 0 and frames
+    // the model.
     void showModel();
     // Steps through the levels the model has (step +1 or -1, wrapping).
     void stepLevel(int step);
@@ -71,17 +83,28 @@ private:
     // The orbit's centre and radius: the object's bounding box.
     void frame(IObject3D& object);
     void resetOrbit();
-    // The text's plane lies this far ahead of the camera (twice the near
-    // distance), and a line of the description is this high on it.
+    // The nearest the camera comes to the orbit's centre: the model's sphere
+    // stays beyond the near plane and the text's plane.
+    float closestDistance() const;
+    // The text's plane lies this far ahead of the camera (just past the near
+    // plane), and a line of the description is this high on it.
     float textDistance() const;
     float textLine() const;
+    // Programs made after the world's setup (the text's, the materials' of
+    // the models) get the world's camera, projection, light and fog.
+    void initializeLatePrograms();
+    void createText();
     void updateText();
-    void drawText();
+    void placeTexts();
     // Places text in the camera's frame: x, y on the plane textDistance
     // ahead, so that it stays on screen whatever the orbit.
     void placeText(Shape3D& text, float x, float y);
+    // Takes the shown model out of the world and deletes it.
+    void dropModel();
     bool saveScreenshot();
 
+    std::set<const ShaderProgram*> programsAtSetup;
+    // Registered in the world, which owns and deletes them.
     IHandler3D* shown;
     std::vector<short> levels;
     std::size_t levelIndex;

@@ -120,7 +120,7 @@ TEST(IObject3DTest, SupplyElementsSelectsByCommonKindBits)
     }
 }
 
-TEST(IObject3DTest, LineTestRebuildsTheBoxOnlyAfterAMatrixChange)
+TEST(IObject3DTest, LineTestRebuildsTheBoxOnlyAfterTheMatrixOrTheLimitsChange)
 {
     Probe probe;  // the default box spans (0, 0, 0) to (1, 1, 1)
     const Vector4D alongZ(0.0f, 0.0f, 1.0f, 0.0f);
@@ -132,12 +132,23 @@ TEST(IObject3DTest, LineTestRebuildsTheBoxOnlyAfterAMatrixChange)
     EXPECT_FALSE(probe.isMatrixObjectChanged());
     EXPECT_FALSE(probe.isIntersectingBoundariesLine(throughMoved, alongZ));
     EXPECT_EQ(probe.boxBuilds, 1);
+    // Lines square to the diagonal, just inside and just outside a corner:
+    // the quick refusal of far lines does not refuse the first.
+    const Vector4D acrossDiagonal(1.0f, -1.0f, 0.0f, 0.0f);
+    EXPECT_TRUE(probe.isIntersectingBoundariesLine(Vector4D(0.999f, 0.999f, 0.999f, 1.0f), acrossDiagonal));
+    EXPECT_FALSE(probe.isIntersectingBoundariesLine(Vector4D(1.001f, 1.001f, 1.001f, 1.0f), acrossDiagonal));
 
     probe.getMatrixObjectChange()->setPosition(10.0f, 0.0f, 0.0f);
     probe.changeMatrixObject();
     EXPECT_TRUE(probe.isIntersectingBoundariesLine(throughMoved, alongZ));
     EXPECT_FALSE(probe.isIntersectingBoundariesLine(throughBox, alongZ));
     EXPECT_EQ(probe.boxBuilds, 2);
+
+    // New geometry in the same place: the box follows the new limits.
+    probe.setLocalLimits(Vector4D(-10.0f, 0.0f, 0.0f, 1.0f), Vector4D(-9.0f, 1.0f, 1.0f, 1.0f));
+    EXPECT_TRUE(probe.isIntersectingBoundariesLine(throughBox, alongZ));
+    EXPECT_FALSE(probe.isIntersectingBoundariesLine(throughMoved, alongZ));
+    EXPECT_EQ(probe.boxBuilds, 3);
 }
 
 TEST(IObject3DTest, SetToMinPointYBringsTheLowestPointToTheOrigin)

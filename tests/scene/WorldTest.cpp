@@ -5,8 +5,12 @@
 
 #include "app/Application3D.h"
 #include "core/Matrix4D.h"
+#include "scene/Clone3D.h"
 #include "scene/Compound3D.h"
+#include "scene/CompoundClone3D.h"
+#include "scene/IHandler3D.h"
 #include "scene/Joint3D.h"
+#include "scene/ModelShape.h"
 #include "scene/Object3D.h"
 #include "scene/World.h"
 #include "SceneTesting.h"
@@ -285,15 +289,19 @@ TEST(WorldTest, PickingFindsWhatASearchOfEveryTriangleFinds)
     World world;
     std::vector<Shape3D*> objects;
     for (int i = 0; i < 40; ++i) {
-        // The geometry is turned, the matrix moves and scales it: boxes
-        // laid over two corners stay true to the object.
+        // Turned spheres: half turned in their geometry, half by their
+        // matrix, which also moves and scales them.
         auto* shape = sphereShape<korvel::Shape>(uniform(0.5f, 2.0f), 8);
         Matrix4D turn = Matrix4D::getI4();
         turn.rotX(uniform(0.0f, 6.28f));
         turn.rotY(uniform(0.0f, 6.28f));
-        shape->transform(turn);
-        objects.push_back(placed(new Shape3D(), shape,
-                                 moved(uniform(-15, 15), uniform(-15, 15), uniform(-60, -10), uniform(0.5f, 1.5f))));
+        Matrix4D placement = moved(uniform(-15, 15), uniform(-15, 15), uniform(-60, -10), uniform(0.5f, 1.5f));
+        if (i % 2 == 0) {
+            shape->transform(turn);
+        } else {
+            placement = placement * turn;
+        }
+        objects.push_back(placed(new Shape3D(), shape, placement));
         world.addElement(objects.back());
     }
     int hits = 0;
@@ -340,6 +348,98 @@ TEST(WorldTest, PickingFindsWhatASearchOfEveryTriangleFinds)
     EXPECT_EQ(world.pickObject(405, 295), ahead);
     EXPECT_NE(out.text().find("Object has been preselected: ahead\n"), std::string::npos) << out.text();
     EXPECT_NEAR(world.getPickTriangle().getIsoBaryCenter().z, -4.0f, 0.3f);  // the front face
+}
+
+// A closed cube of side 1 around the origin, as a plain shape object.
+Shape3D* cube()
+{
+    auto* shape = new korvel::Shape();
+    korvel::Shape::generateCube(shape, 1);
+    auto* object = new Shape3D();
+    object->setShape(shape);
+    object->updateLimits();
+    return object;
+}
+
+// Stretched along x, turned an eighth of a turn about z and about x, then
+// moved: two corners of its box carried alone would span no width at all.
+Matrix4D turnedAndStretched(float x, float y, float z, float stretch)
+{
+    Matrix4D m = Matrix4D::getI4();
+    m.m[0] = stretch;
+    m.rotZ(0.7853982f);
+    m.rotX(0.7853982f);
+    m.setPosition(x, y, z);
+    return m;
+}
+
+TEST(WorldTest, TurnedAndScaledObjectsOfEveryKindArePickedThroughTheirGeometry)
+{
+    // Models first: the world's clones draw on them until the world goes.
+    korvel::ModelShape shapeModel;
+    shapeModel.addObject(0, cube());
+    korvel::ModelShape compoundModel;
+    auto* parts = new korvel::Compound3D();
+    parts->addJoinedComponent(cube(), "part");
+    Matrix4D joint = turnedAndStretched(0.5f, 0.0f, 0.0f, 1.5f);
+    *parts->getJoint("part")->getMatrixObjectChange() = joint;
+    parts->updateLimits();
+    compoundModel.addObject(0, parts);
+
+    World world;
+    auto* compound = new korvel::Compound3D(*parts);
+    auto* clone = new korvel::Clone3D();
+    clone->setModel(&shapeModel);
+    auto* compoundClone = new korvel::CompoundClone3D();
+    compoundClone->setModel(&compoundModel);
+    struct Case {
+        const char* name;
+        IObject3D* object;
+        Matrix4D inside;  // carries the cube into the object's own frame
+    };
+    const Case cases[] = {
+        {"shape", cube(), Matrix4D::getI4()},
+        {"compound", compound, joint},
+        {"clone", clone, Matrix4D::getI4()},
+        {"compound clone", compoundClone, joint},
+        {"handler of clones", shapeModel.createClones(), Matrix4D::getI4()},
+    };
+    float x = -20.0f;
+    for (const Case& c : cases) {
+        *c.object->getMatrixObjectChange() = turnedAndStretched(x, 1.0f, -10.0f, 2.0f + x / 20.0f);
+        c.object->changeMatrixObject();
+        world.addElement(c.name, c.object);
+        x += 10.0f;
+    }
+    const Vector4D directions[] = {{0, 0, -1, 0}, {1, 0, 0, 0}, {0, -1, 0, 0}, {0.6f, 0.0f, 0.8f, 0.0f}};
+    for (const Case& c : cases) {
+        // Points just inside the cube's corners, where a flattened box
+        // misses most, reached from outside along several directions.
+        for (int corner = 0; corner < 8; ++corner) {
+            const Vector4D inner((corner & 1) != 0 ? 0.4f : -0.4f, (corner & 2) != 0 ? 0.4f : -0.4f,
+                                 (corner & 4) != 0 ? 0.4f : -0.4f, 1.0f);
+            const Vector4D target = *c.object->getMatrixObject() * (c.inside * inner);
+            for (const Vector4D& direction : directions) {
+                Vector4D origin = target - direction * 6.0f;
+                origin.w = 1.0f;
+                korvel::Triangle triangle;
+                EXPECT_EQ(world.pickObject(origin, direction, triangle), c.object)
+                    << c.name << ", corner " << corner << ", along " << direction;
+            }
+        }
+    }
+}
+
+TEST(WorldTest, AnObjectFilledWithoutItsLimitsIsSeenAndPickedByItsGeometry)
+{
+    World world;
+    world.setProjection(0.7853982f, 800, 600, 1.0f, 100.0f);
+    auto* far = new Shape3D();
+    far->getShape()->addTriangle(flatTriangle(30.0f, 0.0f, -50.0f, 2.0f));  // the limits still say (0, 0, 0)
+    world.addElement("far", far);
+    korvel::Triangle triangle;
+    EXPECT_EQ(world.pickObject(at(30.5f, 0.5f, 0.0f), Vector4D(0, 0, -1, 0), triangle), far);
+    EXPECT_FLOAT_EQ(far->getWorldMin().x, 30.0f);
 }
 
 TEST(WorldTest, TheMouseSelectsAndTheKeysTurnScaleAndDeleteTheSelection)
