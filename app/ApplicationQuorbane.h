@@ -108,7 +108,8 @@ public:
     // within splashRange of the point.
     void addBlowForce(PhysicalObject* body, Vector4D point, float intensity, Vector4D direction);
     bool updateEnemiesRange(float dt);
-    // Ages the blows of the pool that are in use.
+    // Ages the blows of the pool that are in use: the frame step does the
+    // same through its own pass, this is for callers outside it.
     bool updateForces(float dt);
     bool spawnBullet(const Vector4D& position, const Vector4D& speed, const Vector4D& up);
     Bullet* getFreeBullet();
@@ -201,6 +202,8 @@ private:
     static bool isSurelyMissing(const Bullet& bullet, const Vector4D& bodyPosition, float bodyRadius, float dt);
     // Each rock's level of detail by its distance to the eye and its size.
     void chooseEnemiesDetail();
+    // The blows of the pool in use and alive grow older by dt.
+    void ageBlowForces(float dt);
     // The first free blow of the pool, taken (released flag cleared), or null.
     ForceBlow* takeBlowForce();
     void splash(PhysicalObject* body, const Vector4D& point, float intensity);

@@ -26,7 +26,7 @@ bool ApplicationQuorbane::updateWorld(float dt)
         showRemoteUpdates();
         return result;
     }
-    updateForces(dt);
+    ageBlowForces(dt);
     updateEnemiesRange(dt);
     Vector4D point;
     Vector4D direction;
@@ -88,12 +88,17 @@ void ApplicationQuorbane::chooseEnemiesDetail()
 
 bool ApplicationQuorbane::updateForces(float dt)
 {
+    ageBlowForces(dt);
+    return true;
+}
+
+void ApplicationQuorbane::ageBlowForces(float dt)
+{
     for (ForceBlow& blow : blowForces.elements) {
         if (!blow.released && blow.isAlive) {
             blow.update(dt);
         }
     }
-    return true;
 }
 
 // A hit needs |rel|^2 = along^2 + perpendicular^2 < (travel + reach)^2 +
