@@ -92,6 +92,12 @@ bool ApplicationQuorbane::initGL()
 
 bool ApplicationQuorbane::initPhysic()
 {
+    pointSlotsAtBodies();
+    return true;
+}
+
+void ApplicationQuorbane::pointSlotsAtBodies()
+{
     for (int i = 0; i < countBullets; ++i) {
         bulletSlots[i] = &bullets[i];
     }
@@ -99,13 +105,12 @@ bool ApplicationQuorbane::initPhysic()
         enemySlots[i] = &enemies[i];
     }
     player = &avatar;
-    return true;
 }
 
 bool ApplicationQuorbane::initWorld()
 {
     initLocalShaders();
-    initPhysic();
+    pointSlotsAtBodies();
     if (getNetworkConfiguration() && NetworkManager::getInstance().init()) {
         if (isServer) {
             initServer();

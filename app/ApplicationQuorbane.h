@@ -202,6 +202,8 @@ private:
     static bool isSurelyMissing(const Bullet& bullet, const Vector4D& bodyPosition, float bodyRadius, float dt);
     // Each rock's level of detail by its distance to the eye and its size.
     void chooseEnemiesDetail();
+    // Entry i of each slot array at body i, the player at the avatar.
+    void pointSlotsAtBodies();
     // The blows of the pool in use and alive grow older by dt.
     void ageBlowForces(float dt);
     // The first free blow of the pool, taken (released flag cleared), or null.
