@@ -12,6 +12,7 @@
 #include "scene/Compound3D.h"
 #include "scene/ShapeIndexed3D.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cfloat>
 #include <charconv>
@@ -415,6 +416,34 @@ Triangle* LoaderFormatOBJ::makeTriangle(const PendingTriangle& corners) const
     return new TriangleTextured(p0, p1, p2, nullptr, &n0, &n1, &n2, &t0, &t1, &t2);
 }
 
+std::vector<Vector4D> LoaderFormatOBJ::pendingPoints() const
+{
+    std::vector<uint32_t> positions;
+    positions.reserve(pending.size() * 3);
+    for (const PendingTriangle& t : pending) {
+        positions.insert(positions.end(), std::begin(t.v), std::end(t.v));
+    }
+    // Each position once. A mark per table entry costs the table's size:
+    // a few triangles after a large table (one more group past the cap on
+    // objects, say) sort their positions instead.
+    if (points.size() <= positions.size() * 8) {
+        std::vector<bool> seen(points.size() + 1, false);
+        positions.erase(std::remove_if(positions.begin(), positions.end(),
+                                       [&seen](uint32_t p) { return seen[p] ? true : (seen[p] = true, false); }),
+                        positions.end());
+    } else {
+        std::sort(positions.begin(), positions.end());
+        positions.erase(std::unique(positions.begin(), positions.end()), positions.end());
+    }
+    std::vector<Vector4D> result;
+    result.reserve(positions.size());
+    for (uint32_t position : positions) {
+        const Entry* e = position > 0 ? &points[position - 1] : nullptr;
+        result.push_back(e != nullptr ? Vector4D(e->x, e->y, e->z, e->w) : Vector4D());
+    }
+    return result;
+}
+
 void LoaderFormatOBJ::flushTriangles()
 {
     if (pending.empty()) {
@@ -431,18 +460,7 @@ void LoaderFormatOBJ::flushTriangles()
         std::vector<PendingTriangle>().swap(pending);
         return;
     }
-    std::vector<bool> seen(points.size() + 1, false);
-    std::vector<Vector4D> expected;
-    for (const PendingTriangle& t : pending) {
-        for (uint32_t position : t.v) {
-            if (!seen[position]) {
-                seen[position] = true;
-                const Entry* e = position > 0 ? &points[position - 1] : nullptr;
-                expected.push_back(e != nullptr ? Vector4D(e->x, e->y, e->z, e->w) : Vector4D());
-            }
-        }
-    }
-    indexed->expectPoints(std::move(expected));
+    indexed->expectPoints(pendingPoints());
     indexed->reserveTriangles(indexed->getTriangleCount() + pending.size());
     for (const PendingTriangle& t : pending) {
         indexed->addTriangle(makeTriangle(t));

@@ -31,6 +31,7 @@
 // deleted with the loader.
 
 #include "core/Object.h"
+#include "core/Vector4D.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -138,6 +139,8 @@ private:
     // Adds the triangles held back for the current indexed shape, telling
     // it first which points they bring.
     void flushTriangles();
+    // The points of the triangles held back, each once.
+    std::vector<Vector4D> pendingPoints() const;
     void sharpCommand(std::string_view rest);
     void useMaterial(std::string_view rest);
     void createShape3D();

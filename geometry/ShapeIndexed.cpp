@@ -162,6 +162,11 @@ void ShapeIndexed::addTriangle(Triangle* t)
 
 void ShapeIndexed::expectPoints(std::vector<Vector4D> points)
 {
+    // Against a tree already much larger, a few points gain little from a
+    // layout of their own and would be walked twice: they come as usual.
+    if (points.size() * 4 < octree.size()) {
+        return;
+    }
     std::vector<Vector4D> scratch;
     Octree<ShapeNode*>::arrangeBalanced(points, scratch, [](const Vector4D& p) { return p; });
     for (const Vector4D& p : points) {
@@ -179,7 +184,11 @@ void ShapeIndexed::endExpectedPoints()
     }
     expecting = false;
     octree.pruneRouting();
-    nextOctreeCheck = index.size() + index.size() / 4;
+    // The checks resume where they were: a shape fed in many small batches
+    // (one per group of a model) still gets them.
+    if (index.size() >= nextOctreeCheck) {
+        keepOctreeShallow();
+    }
 }
 
 void ShapeIndexed::keepOctreeShallow()

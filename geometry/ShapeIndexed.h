@@ -66,7 +66,8 @@ public:
     // that only route until a triangle brings an equal point. Adding those
     // triangles then keeps lookups short in whatever order they come, with
     // no refill on the way. Which points are shared is decided as ever, by
-    // addTriangle. endExpectedPoints drops the keys no triangle claimed.
+    // addTriangle. endExpectedPoints drops the keys no triangle claimed. A
+    // few points against a much larger octree are left to come as usual.
     void expectPoints(std::vector<Vector4D> points);
     void endExpectedPoints();
 
