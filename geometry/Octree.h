@@ -125,41 +125,35 @@ public:
     static void arrangeBalanced(std::vector<E>& entries, std::vector<E>& scratch, KeyOf keyOf)
     {
         scratch.resize(entries.size());
-        std::vector<std::pair<std::size_t, std::size_t>> ranges;
-        ranges.emplace_back(0, entries.size());
+        // Past this depth a range keeps the order it has. A middle entry
+        // that leaves all the others in one octant brings the range eight
+        // levels nearer to it: keys that no middle separates (all equal, or
+        // NaN) would otherwise cost a pass over the range per entry.
+        std::size_t budget = 16;
+        for (std::size_t n = entries.size(); n > 1; n /= 2) {
+            budget += 3;
+        }
+        struct Range {
+            std::size_t begin;
+            std::size_t end;
+            std::size_t depth;
+        };
+        std::vector<Range> ranges{{0, entries.size(), 0}};
         while (!ranges.empty()) {
-            const auto [begin, end] = ranges.back();
+            const Range r = ranges.back();
             ranges.pop_back();
-            if (end - begin < 2) {
+            if (r.end - r.begin < 2 || r.depth >= budget) {
                 continue;
             }
-            std::swap(entries[begin], entries[centralEntry(entries, begin, end, keyOf)]);
-            const Vector4D centre = keyOf(entries[begin]);
-            std::size_t starts[9] = {0, 0, 0, 0, 0, 0, 0, 0, 0};
-            std::size_t identical = 0;
-            for (std::size_t i = begin + 1; i < end; ++i) {
-                const Vector4D k = keyOf(entries[i]);
-                ++starts[OctreeNode<T>::childIndexOf(centre, k) + 1];
-                identical += k.x == centre.x && k.y == centre.y && k.z == centre.z ? 1 : 0;
-            }
-            if (identical == end - begin - 1) {
-                continue;  // one chain below the first, in any order
-            }
+            std::swap(entries[r.begin], entries[centralEntry(entries, r.begin, r.end, keyOf)]);
+            std::size_t starts[9];
+            splitOctants(entries, scratch, r.begin, r.end, keyOf, starts);
+            bool split = true;
             for (int c = 0; c < 8; ++c) {
-                starts[c + 1] += starts[c];
+                split = split && starts[c + 1] - starts[c] < r.end - r.begin - 1;
             }
-            std::size_t next[8];
-            for (int c = 0; c < 8; ++c) {
-                next[c] = begin + 1 + starts[c];
-            }
-            for (std::size_t i = begin + 1; i < end; ++i) {
-                scratch[next[OctreeNode<T>::childIndexOf(centre, keyOf(entries[i]))]++] = std::move(entries[i]);
-            }
-            std::move(scratch.begin() + static_cast<std::ptrdiff_t>(begin + 1),
-                      scratch.begin() + static_cast<std::ptrdiff_t>(end),
-                      entries.begin() + static_cast<std::ptrdiff_t>(begin + 1));
             for (int c = 7; c >= 0; --c) {
-                ranges.emplace_back(begin + 1 + starts[c], begin + 1 + starts[c + 1]);
+                ranges.push_back({r.begin + 1 + starts[c], r.begin + 1 + starts[c + 1], r.depth + (split ? 1 : 8)});
             }
         }
     }
@@ -344,6 +338,31 @@ private:
             return b;
         }
     };
+
+    // Groups the entries after the first of [begin, end) by their child
+    // index below it, keeping their order within a group; group c then
+    // starts starts[c] entries after the first.
+    template <typename E, typename KeyOf>
+    static void splitOctants(std::vector<E>& entries, std::vector<E>& scratch, std::size_t begin, std::size_t end,
+                             KeyOf keyOf, std::size_t (&starts)[9])
+    {
+        const Vector4D centre = keyOf(entries[begin]);
+        std::fill(std::begin(starts), std::end(starts), 0);
+        for (std::size_t i = begin + 1; i < end; ++i) {
+            ++starts[OctreeNode<T>::childIndexOf(centre, keyOf(entries[i])) + 1];
+        }
+        std::size_t next[8];
+        for (int c = 0; c < 8; ++c) {
+            starts[c + 1] += starts[c];
+            next[c] = begin + 1 + starts[c];
+        }
+        for (std::size_t i = begin + 1; i < end; ++i) {
+            scratch[next[OctreeNode<T>::childIndexOf(centre, keyOf(entries[i]))]++] = std::move(entries[i]);
+        }
+        std::move(scratch.begin() + static_cast<std::ptrdiff_t>(begin + 1),
+                  scratch.begin() + static_cast<std::ptrdiff_t>(end),
+                  entries.begin() + static_cast<std::ptrdiff_t>(begin + 1));
+    }
 
     // Of a few entries spread evenly over [begin, end), the one nearest the
     // middle of them on all three axes (each axis scaled by its spread).

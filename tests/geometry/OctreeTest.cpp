@@ -172,6 +172,20 @@ TEST(OctreeTest, BalancedOrderAndRoutingKeysShapeTheTreeButNotWhatItFinds)
         order.push_back(entry.second);
     }
     EXPECT_EQ(std::vector<int>(listed.begin(), listed.end()), order);
+    // Keys no middle separates (equal ones, NaN) are kept too, once each.
+    std::vector<std::pair<Vector4D, int>> inseparable = keys;
+    for (int i = 0; i < 3000; ++i) {
+        inseparable.emplace_back(i % 2 ? pt(0.3f, 0, 0.2f) : pt(NAN, 0, NAN), int(inseparable.size()));
+    }
+    Octree<int>::arrangeBalanced(inseparable, scratch, [](const std::pair<Vector4D, int>& e) { return e.first; });
+    std::vector<int> values;
+    for (const auto& entry : inseparable) {
+        values.push_back(entry.second);
+    }
+    std::sort(values.begin(), values.end());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        ASSERT_EQ(values[i], int(i));
+    }
 
     // Routing keys laid out ahead: nothing found or listed until a key
     // equal to one is added, which fills that node in place.
