@@ -4,7 +4,11 @@
 // triangle around it; after the first walk down the tree, the others cost
 // one hash probe. Valid only while the tree gains entries: an added entry
 // hangs where walks ended, so the walks already made still end on the same
-// node. Anything that removes or moves entries must call clear.
+// node. A key that only routed and is filled again can lie above the end of
+// such a walk only if it equals the value without equalling the key found
+// below (relative equality is not transitive): both answers are then keys
+// equal to the value. Anything that removes or moves entries must call
+// clear.
 
 #include "core/Vector4D.h"
 
@@ -41,6 +45,18 @@ public:
             grow();
         }
         place(keyOf(p), node);
+    }
+
+    // Room for n values without growing on the way.
+    void reserve(std::size_t n)
+    {
+        std::size_t size = slots.empty() ? 1024 : slots.size();
+        while (size < n * 2) {
+            size *= 2;
+        }
+        while (slots.size() < size) {
+            grow();
+        }
     }
 
     // Frees the table too: a shape keeps it only while it is being filled.

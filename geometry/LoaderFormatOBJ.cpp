@@ -2,6 +2,7 @@
 
 #include "geometry/MaterialBase.h"
 #include "geometry/Shape.h"
+#include "geometry/ShapeIndexed.h"
 #include "geometry/TriangleTextured.h"
 #include "parser/TextFile.h"
 #include "render/ShaderProgramBase.h"
@@ -11,6 +12,7 @@
 #include "scene/Compound3D.h"
 #include "scene/ShapeIndexed3D.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cfloat>
 #include <charconv>
@@ -141,7 +143,8 @@ LoaderFormatOBJ::LoaderFormatOBJ()
       objectCount(0),
       triangleCount(0),
       objectsCapped(false),
-      trianglesCapped(false)
+      trianglesCapped(false),
+      currentIndexed(false)
 {
 }
 
@@ -354,14 +357,6 @@ void LoaderFormatOBJ::addFan(const std::vector<Corner>& corners)
     if (trianglesCapped) {
         return;
     }
-    // A key that names no entry reads as the zero vector.
-    auto entry = [](const std::vector<Entry>& table, int key) {
-        if (key < 1 || static_cast<std::size_t>(key) > table.size()) {
-            return Vector4D();
-        }
-        const Entry& e = table[static_cast<std::size_t>(key) - 1];
-        return Vector4D(e.x, e.y, e.z, e.w);
-    };
     const std::size_t fan = corners.size() - 2;
     if (triangleCount + fan > maxTriangles) {
         std::cout << "[ERROR] model holds more than " << maxTriangles << " triangles, the faces beyond are ignored"
@@ -375,29 +370,103 @@ void LoaderFormatOBJ::addFan(const std::vector<Corner>& corners)
         }
         createShape3D();
     }
-    Shape* shape = currentShape();
+    // A key that names no entry (yet) reads as the zero vector: the tables
+    // only grow, so a position taken now names the same entry later.
+    auto position = [](const std::vector<Entry>& table, int key) {
+        return key >= 1 && static_cast<std::size_t>(key) <= table.size() ? static_cast<uint32_t>(key) : 0u;
+    };
     const Corner& first = corners[0];
-    const Vector4D p0 = entry(points, first.v);
-    const Vector4D n0 = entry(normals, first.vn);
     for (std::size_t k = 1; k + 1 < corners.size(); ++k) {
         const Corner& b = corners[k];
         const Corner& c = corners[k + 1];
-        const Vector4D p1 = entry(points, b.v);
-        const Vector4D p2 = entry(points, c.v);
-        const Vector4D n1 = entry(normals, b.vn);
-        const Vector4D n2 = entry(normals, c.vn);
-        Triangle* t = nullptr;
-        if (textured) {
-            const Vector4D t0 = entry(uvs, first.vt);
-            const Vector4D t1 = entry(uvs, b.vt);
-            const Vector4D t2 = entry(uvs, c.vt);
-            t = new TriangleTextured(p0, p1, p2, nullptr, &n0, &n1, &n2, &t0, &t1, &t2);
+        const PendingTriangle t = {{position(points, first.v), position(points, b.v), position(points, c.v)},
+                                   {position(uvs, first.vt), position(uvs, b.vt), position(uvs, c.vt)},
+                                   {position(normals, first.vn), position(normals, b.vn), position(normals, c.vn)},
+                                   textured};
+        if (currentIndexed) {
+            pending.push_back(t);
         } else {
-            t = new Triangle(p0, p1, p2, nullptr, &n0, &n1, &n2);
+            currentShape()->addTriangle(makeTriangle(t));
         }
-        shape->addTriangle(t);
     }
     triangleCount += fan;
+}
+
+Triangle* LoaderFormatOBJ::makeTriangle(const PendingTriangle& corners) const
+{
+    auto entry = [](const std::vector<Entry>& table, uint32_t position) {
+        if (position == 0) {
+            return Vector4D();
+        }
+        const Entry& e = table[position - 1];
+        return Vector4D(e.x, e.y, e.z, e.w);
+    };
+    const Vector4D p0 = entry(points, corners.v[0]);
+    const Vector4D p1 = entry(points, corners.v[1]);
+    const Vector4D p2 = entry(points, corners.v[2]);
+    const Vector4D n0 = entry(normals, corners.vn[0]);
+    const Vector4D n1 = entry(normals, corners.vn[1]);
+    const Vector4D n2 = entry(normals, corners.vn[2]);
+    if (!corners.textured) {
+        return new Triangle(p0, p1, p2, nullptr, &n0, &n1, &n2);
+    }
+    const Vector4D t0 = entry(uvs, corners.vt[0]);
+    const Vector4D t1 = entry(uvs, corners.vt[1]);
+    const Vector4D t2 = entry(uvs, corners.vt[2]);
+    return new TriangleTextured(p0, p1, p2, nullptr, &n0, &n1, &n2, &t0, &t1, &t2);
+}
+
+std::vector<Vector4D> LoaderFormatOBJ::pendingPoints() const
+{
+    std::vector<uint32_t> positions;
+    positions.reserve(pending.size() * 3);
+    for (const PendingTriangle& t : pending) {
+        positions.insert(positions.end(), std::begin(t.v), std::end(t.v));
+    }
+    // Each position once. A mark per table entry costs the table's size:
+    // a few triangles after a large table (one more group past the cap on
+    // objects, say) sort their positions instead.
+    if (points.size() <= positions.size() * 8) {
+        std::vector<bool> seen(points.size() + 1, false);
+        positions.erase(std::remove_if(positions.begin(), positions.end(),
+                                       [&seen](uint32_t p) { return seen[p] ? true : (seen[p] = true, false); }),
+                        positions.end());
+    } else {
+        std::sort(positions.begin(), positions.end());
+        positions.erase(std::unique(positions.begin(), positions.end()), positions.end());
+    }
+    std::vector<Vector4D> result;
+    result.reserve(positions.size());
+    for (uint32_t position : positions) {
+        const Entry* e = position > 0 ? &points[position - 1] : nullptr;
+        result.push_back(e != nullptr ? Vector4D(e->x, e->y, e->z, e->w) : Vector4D());
+    }
+    return result;
+}
+
+void LoaderFormatOBJ::flushTriangles()
+{
+    if (pending.empty()) {
+        return;
+    }
+    Shape* shape = currentShape();
+    auto* indexed = dynamic_cast<ShapeIndexed*>(shape);
+    if (indexed == nullptr) {
+        // Only an indexed shape has triangles held back; should another
+        // ever hold them, it takes them as they are.
+        for (const PendingTriangle& t : pending) {
+            shape->addTriangle(makeTriangle(t));
+        }
+        std::vector<PendingTriangle>().swap(pending);
+        return;
+    }
+    indexed->expectPoints(pendingPoints());
+    indexed->reserveTriangles(indexed->getTriangleCount() + pending.size());
+    for (const PendingTriangle& t : pending) {
+        indexed->addTriangle(makeTriangle(t));
+    }
+    indexed->endExpectedPoints();
+    std::vector<PendingTriangle>().swap(pending);
 }
 
 void LoaderFormatOBJ::sharpCommand(std::string_view rest)
@@ -471,12 +540,14 @@ Shape3D* LoaderFormatOBJ::makeObject()
         object = new ShapeIndexed3D();
     }
     object->setShaderProgram(findProgram("Wood"));
+    currentIndexed = !textured;
     ++objectCount;
     return object;
 }
 
 void LoaderFormatOBJ::createShape3D()
 {
+    flushTriangles();
     if (current != nullptr && current->getShape()->getTriangleCount() == 0) {
         std::cout << "[Warning] At load OBJ Format, attempt to create new shape when previous shape is kept empty !"
                   << std::endl;
@@ -505,6 +576,7 @@ void LoaderFormatOBJ::createShape3D()
 
 void LoaderFormatOBJ::finalize()
 {
+    flushTriangles();
     IObject3D* target = compound != nullptr ? static_cast<IObject3D*>(compound) : current;
     if (target == nullptr) {
         return;
@@ -518,6 +590,7 @@ void LoaderFormatOBJ::finalize()
     finished.push_back(target);
     compound = nullptr;
     current = nullptr;
+    currentIndexed = false;
 }
 
 void LoaderFormatOBJ::releaseObjects()

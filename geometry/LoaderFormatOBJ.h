@@ -31,6 +31,7 @@
 // deleted with the loader.
 
 #include "core/Object.h"
+#include "core/Vector4D.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -48,6 +49,7 @@ class IObject3D;
 class MaterialBase;
 class Shape;
 class Shape3D;
+class Triangle;
 
 class LoaderFormatOBJ : public Object {
 public:
@@ -122,7 +124,23 @@ private:
     bool readEntry(std::string_view rest, std::vector<Entry>& table, int32_t& counter, float w);
     bool readFace(std::string_view rest);
     bool readCorner(std::string_view field, Corner& corner);
+    // One triangle of a face, its corners as positions in the tables read
+    // so far (0 for an index naming no entry: the zero vector), and whether
+    // it is a textured one.
+    struct PendingTriangle {
+        uint32_t v[3];
+        uint32_t vt[3];
+        uint32_t vn[3];
+        bool textured;
+    };
+
     void addFan(const std::vector<Corner>& corners);
+    Triangle* makeTriangle(const PendingTriangle& corners) const;
+    // Adds the triangles held back for the current indexed shape, telling
+    // it first which points they bring.
+    void flushTriangles();
+    // The points of the triangles held back, each once.
+    std::vector<Vector4D> pendingPoints() const;
     void sharpCommand(std::string_view rest);
     void useMaterial(std::string_view rest);
     void createShape3D();
@@ -155,6 +173,11 @@ private:
     bool objectsCapped;
     bool trianglesCapped;
     std::vector<Corner> faceCorners;  // kept between faces to spare allocations
+    // An indexed shape gets its triangles when its object is complete, all
+    // at once: it can then lay out its point octree for their points before
+    // the first one comes, however the file orders them.
+    bool currentIndexed;
+    std::vector<PendingTriangle> pending;
 };
 
 }  // namespace korvel

@@ -50,10 +50,11 @@ public:
         return apart(a.x, b.x) || apart(a.y, b.y) || apart(a.z, b.z);
     }
 
-    int childIndex(const Vector4D& p) const
+    static int childIndexOf(const Vector4D& centre, const Vector4D& p)
     {
-        return (p.x > point.x ? 1 : 0) + (p.y > point.y ? 2 : 0) + (p.z > point.z ? 4 : 0);
+        return (p.x > centre.x ? 1 : 0) + (p.y > centre.y ? 2 : 0) + (p.z > centre.z ? 4 : 0);
     }
+    int childIndex(const Vector4D& p) const { return childIndexOf(point, p); }
 
     enum AddResult { Replaced, Created, Revived };
 

@@ -57,6 +57,9 @@ public:
     virtual bool getIntersectingLine(const Vector4D& origin, const Vector4D& direction, Triangle& out) const;
 
     void copyTriangles(const std::list<Triangle*>& list);
+    // Room for count triangles in all: adding many at once then does not
+    // regrow the position lookups on the way.
+    void reserveTriangles(std::size_t count) { positions.reserve(count); }
     void releaseTriangles();
 
     // Degenerate quads (two equal consecutive corners) give one triangle.

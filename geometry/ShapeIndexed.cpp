@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <iostream>
-#include <random>
 
 namespace korvel {
 
@@ -45,7 +44,15 @@ ShapeIndexed::ShapeIndexed(const Shape& source, float ratio)
 
 ShapeIndexed::ShapeIndexed(const ShapeIndexed& other) : Shape(), nodeRemoval(other.nodeRemoval)
 {
+    std::vector<Vector4D> points;
+    points.reserve(other.index.size());
+    for (const auto& entry : other.index) {
+        points.push_back(*entry.first);
+    }
+    expectPoints(std::move(points));
+    reserveTriangles(other.getTriangleCount());
     copyTriangles(other.getTriangles());
+    endExpectedPoints();
 }
 
 ShapeIndexed& ShapeIndexed::operator=(const ShapeIndexed& other)
@@ -95,15 +102,30 @@ ShapeNode* ShapeIndexed::getPointDataByValue(const Vector4D& p) const
     return octree.get(p, node) ? node : nullptr;
 }
 
-ShapeNode* ShapeIndexed::findForAdding(const Vector4D& p)
+ShapeNode* ShapeIndexed::findForAdding(Vector4D* own, bool wasOwned)
 {
-    ShapeNode* node = foundByValue.find(p);
-    if (node == nullptr) {
-        node = getPointDataByValue(p);
-        if (node != nullptr) {
-            foundByValue.remember(p, node);
-        }
+    ShapeNode* node = foundByValue.find(*own);
+    if (node != nullptr) {
+        return node;
     }
+    bool created = false;
+    node = octree.findOrAdd(*own, [&] {
+        created = true;
+        // An owned point becomes the shared one; a linked one belongs to
+        // another shape and is copied.
+        return new ShapeNode(wasOwned ? own : new Vector4D(*own));
+    });
+    if (created) {
+        Vector4D* shared = node->point;
+        forgetRemoved(shared);
+        index.emplace(shared, node);
+        pointNodes.insert(shared, node);
+        ranksValid = false;
+        indexesComputed = false;
+    }
+    // A later walk for this value takes the same path and stops at the same
+    // entry: entries added meanwhile hang below where walks ended.
+    foundByValue.remember(*own, node);
     return node;
 }
 
@@ -118,25 +140,9 @@ void ShapeIndexed::addTriangle(Triangle* t)
     ShapeNode* nodes[3] = {nullptr, nullptr, nullptr};
     for (int i = 0; i < 3; ++i) {
         Vector4D* own = t->points[i];
-        ShapeNode* node = findForAdding(*own);
-        if (node != nullptr) {
-            if (wasOwned && own != node->point) {
-                delete own;
-            }
-        } else {
-            // An owned point becomes the shared one; a linked one belongs to
-            // another shape and is copied.
-            Vector4D* shared = wasOwned ? own : new Vector4D(*own);
-            forgetRemoved(shared);
-            node = new ShapeNode(shared);
-            index.emplace(shared, node);
-            pointNodes.insert(shared, node);
-            octree.add(*shared, node);
-            // A later walk for this value takes the same path and stops at
-            // this entry: no live key on the way matched it.
-            foundByValue.remember(*shared, node);
-            ranksValid = false;
-            indexesComputed = false;
+        ShapeNode* node = findForAdding(own, wasOwned);
+        if (wasOwned && own != node->point) {
+            delete own;
         }
         t->points[i] = node->point;
         nodes[i] = node;
@@ -149,6 +155,37 @@ void ShapeIndexed::addTriangle(Triangle* t)
         }
     }
     Shape::addTriangle(t);
+    if (index.size() >= nextOctreeCheck && !expecting) {
+        keepOctreeShallow();
+    }
+}
+
+void ShapeIndexed::expectPoints(std::vector<Vector4D> points)
+{
+    // Against a tree already much larger, a few points gain little from a
+    // layout of their own and would be walked twice: they come as usual.
+    if (points.size() * 4 < octree.size()) {
+        return;
+    }
+    std::vector<Vector4D> scratch;
+    Octree<ShapeNode*>::arrangeBalanced(points, scratch, [](const Vector4D& p) { return p; });
+    for (const Vector4D& p : points) {
+        octree.addRouting(p);
+    }
+    pointNodes.reserve(index.size() + points.size());
+    foundByValue.reserve(index.size() + points.size());
+    expecting = true;
+}
+
+void ShapeIndexed::endExpectedPoints()
+{
+    if (!expecting) {
+        return;
+    }
+    expecting = false;
+    octree.pruneRouting();
+    // The checks resume where they were: a shape fed in many small batches
+    // (one per group of a model) still gets them.
     if (index.size() >= nextOctreeCheck) {
         keepOctreeShallow();
     }
@@ -369,6 +406,7 @@ bool ShapeIndexed::reduceDetail(float ratio)
     octreeDeferred = true;
     removedLookup.reserve(removedLookup.size() + (count - target));
     octreeOrder.reserve(count);
+    octreeScratch.reserve(count);
     // Measured once in index order (close to memory order) rather than at
     // random when first sampled.
     for (std::size_t slot = 0; slot < rankNodes.size(); ++slot) {
@@ -610,7 +648,9 @@ ShapeNode* ShapeIndexed::nodeOf(const Vector4D* p) const
 
 void ShapeIndexed::rebuildOctree()
 {
-    std::vector<ShapeNode*>& order = octreeOrder;
+    // Keys are copied beside their nodes: arranging reads each one at every
+    // level, and a copy in the array spares a jump to the point each time.
+    std::vector<OctreeEntry>& order = octreeOrder;
     order.clear();
     order.reserve(index.size());
     if (ranksValid) {
@@ -618,24 +658,22 @@ void ShapeIndexed::rebuildOctree()
         // arrays instead of a walk over the tree's scattered entries.
         for (std::size_t slot = 0; slot < rankNodes.size(); ++slot) {
             if (ranks.isPresent(slot)) {
-                order.push_back(rankNodes[slot]);
+                order.emplace_back(*rankNodes[slot]->point, rankNodes[slot]);
             }
         }
     } else {
         for (const auto& entry : index) {
-            order.push_back(entry.second);
+            order.emplace_back(*entry.first, entry.second);
         }
     }
-    // A fixed generator, apart from std::rand so that the reduction's
-    // draws stay the caller's.
-    std::minstd_rand scramble(12345u);
-    std::shuffle(order.begin(), order.end(), scramble);
+    Octree<ShapeNode*>::arrangeBalanced(order, octreeScratch, [](const OctreeEntry& e) { return e.first; });
     octree.clear();
     foundByValue.clear();
-    for (ShapeNode* node : order) {
-        octree.addDistinct(*node->point, node);
+    for (const OctreeEntry& entry : order) {
+        octree.addDistinct(entry.first, entry.second);
     }
     order.clear();
+    octreeScratch.clear();
 }
 
 void ShapeIndexed::transform(const Matrix4D& m)
@@ -643,8 +681,23 @@ void ShapeIndexed::transform(const Matrix4D& m)
     for (auto& [point, node] : index) {
         *point *= m;
     }
-    // The octree keys are the old coordinates.
-    rebuildOctree();
+    // The octree keys are the old coordinates. Moved along with the points
+    // they keep the tree's shape when the move keeps the order of
+    // coordinates (resting a model on its lowest point is a translation);
+    // otherwise the tree is refilled. A key kept only to route (its point
+    // removed) moves as the points did.
+    foundByValue.clear();
+    const bool kept = octree.moveKeys([&m](const OctreeNode<ShapeNode*>& n) {
+        if (n.present) {
+            return *n.value->point;
+        }
+        Vector4D moved = n.point;
+        moved *= m;
+        return moved;
+    });
+    if (!kept) {
+        rebuildOctree();
+    }
     indexesComputed = false;
 }
 
@@ -666,6 +719,7 @@ void ShapeIndexed::releaseIndex()
     removedLookup.clear();
     indexesComputed = false;
     nextOctreeCheck = 64;
+    expecting = false;
 }
 
 void ShapeIndexed::clear()

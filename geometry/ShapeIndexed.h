@@ -26,6 +26,7 @@
 #include <cstdint>
 #include <list>
 #include <map>
+#include <utility>
 #include <vector>
 
 namespace korvel {
@@ -59,6 +60,16 @@ public:
     void clear() override;
     bool getLimits(Vector4D& min, Vector4D& max) const override;
     bool getMinPointY(Vector4D& p) const override;
+
+    // Points that triangles are about to bring (a model's points, a copied
+    // shape's): the octree is laid out for them at once, balanced, with keys
+    // that only route until a triangle brings an equal point. Adding those
+    // triangles then keeps lookups short in whatever order they come, with
+    // no refill on the way. Which points are shared is decided as ever, by
+    // addTriangle. endExpectedPoints drops the keys no triangle claimed. A
+    // few points against a much larger octree are left to come as usual.
+    void expectPoints(std::vector<Vector4D> points);
+    void endExpectedPoints();
 
     ShapeNode* getPointDataByValue(const Vector4D& p) const;
     // The node of a shared point, by pointer (null for a point not shared
@@ -118,17 +129,23 @@ private:
 
     // The node of a shared point, by pointer.
     ShapeNode* nodeOf(const Vector4D* p) const;
-    // Refills the octree from the index in a scrambled but fixed order, so
-    // that its depth stays near log n whatever order the points came in.
+    // Refills the octree from the index in a balanced order, so that its
+    // depth stays near log n whatever order the points came in.
     void rebuildOctree();
-    // getPointDataByValue, remembered for the points of the next triangles.
-    ShapeNode* findForAdding(const Vector4D& p);
+    // The node of the shared point equal to *own, made (and remembered for
+    // the points of the next triangles) when there is none: own itself
+    // becomes the shared point when the triangle owned it.
+    ShapeNode* findForAdding(Vector4D* own, bool wasOwned);
     void keepOctreeShallow();
     std::size_t nextOctreeCheck = 64;
+    // While expected points are being added, the tree needs no checks.
+    bool expecting = false;
     // Room for rebuildOctree, taken before a reduction frees its many small
     // blocks: a large allocation right after them makes glibc merge them
     // all at once.
-    std::vector<ShapeNode*> octreeOrder;
+    using OctreeEntry = std::pair<Vector4D, ShapeNode*>;
+    std::vector<OctreeEntry> octreeOrder;
+    std::vector<OctreeEntry> octreeScratch;
 
     PointsIndex index;
     // The same entries as index, hashed: lookups by pointer in O(1).

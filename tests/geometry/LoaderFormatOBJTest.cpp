@@ -214,6 +214,28 @@ TEST(LoaderFormatOBJTest, UndefinedPointIsTheZeroVector)
     EXPECT_FLOAT_EQ(t->points[0]->w, 1.0f);
 }
 
+TEST(LoaderFormatOBJTest, TrianglesOfAnIndexedObjectKeepWhatTheirFaceLineSaw)
+{
+    // An indexed object takes its triangles when it is complete; each one
+    // still has the points defined before its face line, and the kind of
+    // triangle chosen there.
+    writeFile("heldBack.obj", "v 0 1 0\nv 1 1 0\nf 1 2 3\nv 0 2 0\nf 1 2 3\n# mapuv\nf 1 2 3\ng next\nf 2 3 1\n");
+    Loaded model;
+    load(model, "heldBack");
+    ASSERT_NE(model.object, nullptr) << model.log;
+    const std::vector<Shape3D*> parts = leaves(model.object);
+    ASSERT_EQ(parts.size(), 2u);
+    EXPECT_EQ(parts[0]->getInstanceClassName(), std::string("ShapeIndexed3D"));
+    EXPECT_EQ(parts[1]->getInstanceClassName(), std::string("Shape3D"));
+    EXPECT_EQ(corners(*parts[0]), "0,1,0 1,1,0 0,0,0|0,1,0 1,1,0 0,2,0|0,1,0 1,1,0 0,2,0");
+    std::vector<bool> textured;
+    for (const Triangle* t : parts[0]->getShape()->getTriangles()) {
+        textured.push_back(dynamic_cast<const korvel::TriangleTextured*>(t) != nullptr);
+    }
+    EXPECT_EQ(textured, (std::vector<bool>{false, false, true}));
+    EXPECT_EQ(corners(*parts[1]), "1,1,0 0,2,0 0,1,0");
+}
+
 TEST(LoaderFormatOBJTest, MaterialsBindProgramsAndAnExistingTextureMakesTheModelTextured)
 {
     korvel::ShaderProgramManagerBase::init();

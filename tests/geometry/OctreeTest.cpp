@@ -1,10 +1,13 @@
 #include "geometry/Octree.h"
 
+#include "core/Matrix4D.h"
+
 #include "GeometryTesting.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <functional>
 #include <list>
@@ -20,6 +23,34 @@ std::vector<int> sorted(const std::list<int>& values)
     std::vector<int> v(values.begin(), values.end());
     std::sort(v.begin(), v.end());
     return v;
+}
+
+// Nodes without a key, and those of them without children.
+std::size_t routingNodes(const Octree<int>& tree, bool leavesOnly = false)
+{
+    std::size_t count = 0;
+    std::vector<const korvel::OctreeNode<int>*> stack;
+    if (tree.getRoot() != nullptr) {
+        stack.push_back(tree.getRoot());
+    }
+    while (!stack.empty()) {
+        const korvel::OctreeNode<int>* n = stack.back();
+        stack.pop_back();
+        bool leaf = true;
+        for (const korvel::OctreeNode<int>* c : n->children) {
+            if (c != nullptr) {
+                stack.push_back(c);
+                leaf = false;
+            }
+        }
+        count += !n->present && (leaf || !leavesOnly) ? 1 : 0;
+    }
+    return count;
+}
+
+std::size_t routingLeaves(const Octree<int>& tree)
+{
+    return routingNodes(tree, true);
 }
 
 TEST(OctreeTest, AgreesWithALinearScanThroughAddsRemovalsAndRanges)
@@ -109,6 +140,131 @@ TEST(OctreeTest, EqualKeysShareANodeAndListingIsPreOrder)
     std::list<int> order;
     tree.getList(order);
     EXPECT_EQ(std::vector<int>(order.begin(), order.end()), (std::vector<int>{6, 3, 4, 8, 7, 5}));
+}
+
+TEST(OctreeTest, BalancedOrderAndRoutingKeysShapeTheTreeButNotWhatItFinds)
+{
+    // A model file's points: a rippled 70 x 70 grid, row after row.
+    std::vector<std::pair<Vector4D, int>> keys;
+    for (int j = 0; j < 70; ++j) {
+        for (int i = 0; i < 70; ++i) {
+            const float y = 0.05f * std::sin(0.37f * float(i)) * std::cos(0.23f * float(j));
+            keys.emplace_back(pt(float(i) * 0.01f, y, float(j) * 0.01f), int(keys.size()));
+        }
+    }
+    Octree<int> sorted;
+    for (const auto& [key, value] : keys) {
+        sorted.add(key, value);
+    }
+    std::vector<std::pair<Vector4D, int>> arranged = keys, scratch;
+    Octree<int>::arrangeBalanced(arranged, scratch, [](const std::pair<Vector4D, int>& e) { return e.first; });
+    Octree<int> balanced;
+    for (const auto& [key, value] : arranged) {
+        balanced.addDistinct(key, value);
+    }
+    EXPECT_GE(sorted.depth(), 70u);  // a level per row at least
+    EXPECT_LE(balanced.depth(), 12u);
+    // Inserted in pre-order, the tree lists its values in that same order.
+    std::list<int> listed;
+    balanced.getList(listed);
+    std::vector<int> order;
+    for (const auto& entry : arranged) {
+        order.push_back(entry.second);
+    }
+    EXPECT_EQ(std::vector<int>(listed.begin(), listed.end()), order);
+    // Keys no middle separates (equal ones, NaN) are kept too, once each.
+    std::vector<std::pair<Vector4D, int>> inseparable = keys;
+    for (int i = 0; i < 3000; ++i) {
+        inseparable.emplace_back(i % 2 ? pt(0.3f, 0, 0.2f) : pt(NAN, 0, NAN), int(inseparable.size()));
+    }
+    Octree<int>::arrangeBalanced(inseparable, scratch, [](const std::pair<Vector4D, int>& e) { return e.first; });
+    std::vector<int> values;
+    for (const auto& entry : inseparable) {
+        values.push_back(entry.second);
+    }
+    std::sort(values.begin(), values.end());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        ASSERT_EQ(values[i], int(i));
+    }
+
+    // Routing keys laid out ahead: nothing found or listed until a key
+    // equal to one is added, which fills that node in place.
+    Octree<int> planned;
+    for (const auto& entry : arranged) {
+        planned.addRouting(entry.first);
+    }
+    const std::size_t plannedDepth = planned.depth();
+    EXPECT_EQ(plannedDepth, balanced.depth());
+    EXPECT_EQ(planned.size(), 0u);
+    EXPECT_EQ(planned.getEmptyNodeCount(), keys.size());
+    int value = -1;
+    EXPECT_FALSE(planned.get(keys[5].first, value));
+    for (std::size_t i = 0; i < keys.size(); i += 2) {  // sorted order, half of them
+        planned.add(keys[i].first, keys[i].second);
+    }
+    EXPECT_EQ(planned.depth(), plannedDepth);
+    EXPECT_EQ(planned.size(), keys.size() / 2);
+    EXPECT_EQ(planned.getEmptyNodeCount(), keys.size() / 2);
+    int made = 0;
+    EXPECT_EQ(planned.findOrAdd(keys[4].first, [&] { return ++made, -4; }), 4);  // present: found
+    EXPECT_EQ(planned.findOrAdd(keys[5].first, [&] { return ++made, -5; }), -5);  // routing: filled
+    EXPECT_EQ(planned.findOrAdd(pt(100, 0, 0), [&] { return ++made, -6; }), -6);  // new node
+    EXPECT_EQ(made, 2);
+    EXPECT_EQ(planned.getEmptyNodeCount(), keys.size() / 2 - 1);
+    planned.pruneRouting();
+    EXPECT_EQ(planned.getEmptyNodeCount(), routingNodes(planned));
+    EXPECT_EQ(routingLeaves(planned), 0u);
+    std::list<int> kept;
+    planned.getList(kept);
+    EXPECT_EQ(kept.size(), planned.size());
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        value = -1;
+        EXPECT_EQ(planned.get(keys[i].first, value), i % 2 == 0 || i == 5) << i;
+    }
+}
+
+TEST(OctreeTest, MovedKeysKeepTheTreeOnlyWhileTheChildRuleHolds)
+{
+    std::srand(5);
+    // The first two are root and child, one float step apart on x.
+    std::vector<Vector4D> keys = {pt(1.0f, 2, 3), pt(std::nextafter(1.0f, 2.0f), 5, 3)};
+    for (int i = 0; i < 500; ++i) {
+        keys.push_back(pt(uniform(-10, 10), uniform(-10, 10), uniform(-10, 10)));
+    }
+    auto fill = [&](Octree<int>& tree) {
+        for (std::size_t i = 0; i < keys.size(); ++i) {
+            tree.add(keys[i], int(i));
+        }
+        tree.remove(keys[0]);  // the root stays, only to route: it moves too
+    };
+    struct Case {
+        const char* name;
+        Matrix4D move;
+        bool kept;
+    };
+    Matrix4D shift = Matrix4D::getI4(), far = Matrix4D::getI4(), mirror = Matrix4D::getI4();
+    shift.setPosition(0.5f, -3.0f, 2.0f);
+    far.setPosition(1e8f, 0.0f, 0.0f);  // the two close keys round to one x
+    mirror.setColumn(0, Vector4D(-1.0f, 0.0f, 0.0f, 0.0f));
+    const Case cases[] = {{"shift", shift, true}, {"far", far, false}, {"mirror", mirror, false}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Octree<int> tree;
+        fill(tree);
+        std::list<int> before, after;
+        tree.getList(before);
+        const bool kept = tree.moveKeys([&](const korvel::OctreeNode<int>& n) { return c.move * n.point; });
+        EXPECT_EQ(kept, c.kept);
+        if (!kept) {
+            continue;
+        }
+        tree.getList(after);
+        EXPECT_EQ(after, before);
+        for (std::size_t i = 1; i < keys.size(); ++i) {
+            int found = -1;
+            EXPECT_TRUE(tree.get(c.move * keys[i], found) && found == int(i)) << i;
+        }
+    }
 }
 
 }  // namespace

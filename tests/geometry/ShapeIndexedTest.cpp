@@ -15,6 +15,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <random>
 #include <set>
 #include <sstream>
 #include <string>
@@ -159,6 +160,87 @@ TEST(ShapeIndexedTest, StaysConsistentThroughReductionsRemovalsAndMovesOnVariedM
                     ASSERT_EQ(inconsistency(*s), "");
                 }
             }
+        }
+    }
+}
+
+TEST(ShapeIndexedTest, SharingDependsNeitherOnTheOrderOfTrianglesNorOnExpectedPoints)
+{
+    auto bits = [](const Vector4D& p) { return std::vector<float>{p.x, p.y, p.z, p.w}; };
+    std::unique_ptr<Shape> meshes[] = {sphere(30), grid(20)};
+    for (const auto& mesh : meshes) {
+        const std::vector<const Triangle*> given(mesh->getTriangles().begin(), mesh->getTriangles().end());
+        std::set<std::vector<float>> distinct;
+        for (const Triangle* t : given) {
+            for (const Vector4D* p : t->points) {
+                distinct.insert(bits(*p));
+            }
+        }
+        std::vector<const Triangle*> reversed(given.rbegin(), given.rend()), shuffled = given;
+        std::shuffle(shuffled.begin(), shuffled.end(), std::minstd_rand(11));
+        struct Case {
+            const std::vector<const Triangle*>* order;
+            bool expected;
+        };
+        for (const Case& c : {Case{&given, false}, Case{&reversed, false}, Case{&shuffled, false},
+                              Case{&given, true}, Case{&shuffled, true}}) {
+            ShapeIndexed s;
+            if (c.expected) {
+                // Announced in another order, with points no triangle brings.
+                std::vector<Vector4D> points;
+                for (const Triangle* t : reversed) {
+                    points.insert(points.end(), {*t->points[0], *t->points[1], *t->points[2]});
+                }
+                for (int i = 0; i < 10; ++i) {
+                    points.push_back(pt(100.0f + float(i), 0, 0));
+                }
+                s.expectPoints(points);
+            }
+            for (const Triangle* t : *c.order) {
+                s.addTriangle(new Triangle(*t));
+            }
+            s.endExpectedPoints();
+            ASSERT_EQ(inconsistency(s), "");
+            // Each exact value is one shared point, whatever the order.
+            EXPECT_EQ(s.getPointCount(), distinct.size());
+            auto added = c.order->begin();
+            for (const Triangle* t : s.getTriangles()) {
+                for (int i = 0; i < 3; ++i) {
+                    ASSERT_EQ(bits(*t->points[i]), bits(*(*added)->points[i]));
+                }
+                ++added;
+            }
+            EXPECT_EQ(s.getOctree().size(), s.getPointCount());
+            EXPECT_LT(s.getOctree().getEmptyNodeCount(), 10u);  // unclaimed keys go, unless they route
+        }
+    }
+}
+
+TEST(ShapeIndexedTest, MovedShapesStillFindEveryPointByValue)
+{
+    Matrix4D shift = Matrix4D::getI4(), far = Matrix4D::getI4(), mirror = Matrix4D::getI4();
+    shift.setPosition(3.0f, -1.0f, 2.0f);
+    far.setPosition(1e8f, 0.0f, 0.0f);  // coordinates merge on the way
+    mirror.setColumn(0, Vector4D(-1.0f, 0.0f, 0.0f, 0.0f));
+    Matrix4D flat = Matrix4D::getI4() * 0.0f;  // every point on one
+    flat.setColumn(3, Vector4D(0.0f, 0.0f, 0.0f, 1.0f));
+    const Matrix4D moves[] = {shift, far, mirror, Matrix4D::getRz(0.3f), flat};
+    for (const Matrix4D& move : moves) {
+        auto s = indexed(*sphere(20));
+        // Removed points leave keys in the octree that only route.
+        for (int n = 0; n < 5; ++n) {
+            Triangle* t = *std::next(s->getTriangles().begin(), 37 * n);
+            ASSERT_TRUE(s->removeTriangle(t));
+            delete t;
+        }
+        std::vector<Vector4D> moved;
+        for (const auto& entry : s->getPointsIndex()) {
+            moved.push_back(move * *entry.first);
+        }
+        s->transform(move);
+        ASSERT_EQ(inconsistency(*s), "");
+        for (const Vector4D& p : moved) {
+            ASSERT_NE(s->getPointDataByValue(p), nullptr);
         }
     }
 }
