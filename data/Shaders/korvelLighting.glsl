@@ -9,9 +9,10 @@ uniform vec4 fogcolor;
 uniform float fogstart;
 uniform float fogend;
 
-// Blinn-Phong lighting of albedo; gloss scales the shininess and specular
-// tints the highlight.
-vec3 korvelShade(vec3 albedo, vec3 normal, vec3 position, float gloss, vec3 specular)
+// Blinn-Phong terms at a surface point: x scales the albedo (ambient and
+// diffuse), y the specular tint. gloss scales the shininess. Vertex stages
+// may call it too, where lighting per corner is enough.
+vec2 korvelLight(vec3 normal, vec3 position, float gloss)
 {
     vec3 n = normalize(normal);
     vec3 toLight = normalize(-light);
@@ -25,7 +26,14 @@ vec3 korvelShade(vec3 albedo, vec3 normal, vec3 position, float gloss, vec3 spec
     if (diffuse > 0.0) {
         highlight = pow(max(dot(n, normalize(toLight + toEye)), 0.0), max(phong.w * gloss, 1.0));
     }
-    return albedo * (phong.x + phong.y * diffuse) + specular * (phong.z * highlight);
+    return vec2(phong.x + phong.y * diffuse, phong.z * highlight);
+}
+
+// Blinn-Phong lighting of albedo; specular tints the highlight.
+vec3 korvelShade(vec3 albedo, vec3 normal, vec3 position, float gloss, vec3 specular)
+{
+    vec2 terms = korvelLight(normal, position, gloss);
+    return albedo * terms.x + specular * terms.y;
 }
 
 // 1 before the fog starts, 0 past its end.
