@@ -1,25 +1,8 @@
 #version 330
 // Vertex stage of the translucent, unlit or lightly lit effects.
-in vec3 in_Position;
-in vec3 in_Normal;
-in vec2 in_UV;
-
-uniform mat4 projection;
-uniform mat4 modelview;
-uniform mat4 refObject;
-
-out vec3 worldPosition;
-out vec3 worldNormal;
-out vec2 surfaceUV;
-out float eyeDistance;
+#include "korvelVertex.glsl"
 
 void main()
 {
-    vec4 world = refObject * vec4(in_Position, 1.0);
-    vec4 eye = modelview * world;
-    worldPosition = world.xyz;
-    worldNormal = mat3(refObject) * in_Normal;
-    surfaceUV = in_UV;
-    eyeDistance = length(eye.xyz);
-    gl_Position = projection * eye;
+    korvelPlaceVertex();
 }

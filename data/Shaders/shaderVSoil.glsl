@@ -3,7 +3,7 @@
 // pays for every noise octave and every light term once a pixel; on a rock's
 // dense, rounded mesh the noise, the lighting and the rim are as good worked
 // out once a corner and blended across the faces.
-#include "korvelSolid.glsl"
+#include "korvelVertex.glsl"
 #include "korvelLighting.glsl"
 #include "korvelNoise.glsl"
 
@@ -17,7 +17,7 @@ out float soilWet;
 
 void main()
 {
-    korvelSolidVertex();
+    korvelPlaceVertex();
     vec3 p = in_Position * 0.5;
     // Grit: each cell of the surface's own mapping tilts its tone a little.
     float grit = korvelHash(vec3(floor(in_UV * 24.0), 3.0)) - 0.5;

@@ -1,8 +1,8 @@
 #version 330
 // Vertex stage of the lit, opaque materials.
-#include "korvelSolid.glsl"
+#include "korvelVertex.glsl"
 
 void main()
 {
-    korvelSolidVertex();
+    korvelPlaceVertex();
 }
