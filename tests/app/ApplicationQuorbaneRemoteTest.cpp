@@ -9,19 +9,13 @@
 #include "network/Client.h"
 #include "network/Server.h"
 #include "network/NetTestSupport.h"
+#include "physics/PhysicsTesting.h"
 #include "support/CaptureStdout.h"
-
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <GLFW/glfw3.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -32,9 +26,7 @@
 #include <map>
 #include <mutex>
 #include <random>
-#include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 using game_testing::direction;
@@ -43,17 +35,10 @@ using game_testing::point;
 using game_testing::TestGame;
 using korvel::ApplicationQuorbane;
 using korvel::Buffer;
-using nettest::loopback;
+using physics_testing::AgedObject;
 using nettest::waitUntil;
 
 namespace {
-
-// An incarnation that remembers the age it was given.
-class AgedObject : public korvel::IObject3D {
-public:
-    void setAge(float a) override { lastAge = a; }
-    float lastAge = -1.0f;
-};
 
 // A server's state update, as updateRemote writes it.
 void writeUpdate(TestGame& server, Buffer& update)
@@ -82,23 +67,10 @@ Matrix4D pose(float angle, const Vector4D& at)
     return m;
 }
 
-TEST(ApplicationQuorbaneRemoteTest, UpdatesRangeFromAllDeadTo258BytesToEverythingAliveWithin8082)
+TEST(ApplicationQuorbaneRemoteTest, AnUpdateWithEverythingAliveFitsTheBufferOnceFramed)
 {
     TestGame server;
-    server.quiet();
-    for (int i = 0; i < ApplicationQuorbane::countEnemies; ++i) {
-        server.getEnemy(i).die();
-    }
-    korvel::NetworkAgent framing;
-    Buffer empty(8082);
-    writeUpdate(server, empty);
-    EXPECT_EQ(empty.getUsed(), 120u + 128u);
-    ASSERT_TRUE(framing.prepareMessageWithCode(empty, 1));
-    EXPECT_EQ(empty.getUsed(), 258u);
-
-    for (int i = 0; i < ApplicationQuorbane::countEnemies; ++i) {
-        server.getEnemy(i).alive();
-    }
+    server.quiet();  // every rock alive
     for (int i = 0; i < ApplicationQuorbane::countBullets; ++i) {
         server.spawnBullet(point(0, 0, 0), direction(0, 0, -1), direction(0, 1, 0));
     }
@@ -108,7 +80,7 @@ TEST(ApplicationQuorbaneRemoteTest, UpdatesRangeFromAllDeadTo258BytesToEverythin
     Buffer full(8082);
     writeUpdate(server, full);
     EXPECT_EQ(full.getUsed(), 50u * 65 + 20u * 69 + 50u * 65 + 128);
-    ASSERT_TRUE(framing.prepareMessageWithCode(full, 1));
+    ASSERT_TRUE(korvel::NetworkAgent().prepareMessageWithCode(full, 1));
     EXPECT_EQ(full.getUsed(), 8018u);
     EXPECT_LE(full.getUsed(), static_cast<uint64_t>(server.getBufferSize()));
 }
@@ -143,6 +115,8 @@ TEST(ApplicationQuorbaneRemoteTest, TheClientShowsTheServersStateAndLooksThrough
     client.getBullet(40).alive();  // alive here, dead on the server
     Buffer update(8082);
     writeUpdate(server, update);
+    // 65 bytes a live rock or bolt, 69 a live flash, 1 a dead one, 128 the eye and ship.
+    EXPECT_EQ(update.getUsed(), 33u * 65 + 17 + 6u * 65 + 44 + 4u * 69 + 16 + 128);
     ASSERT_TRUE(readUpdate(client, update));
     EXPECT_EQ(update.getUsed(), 0u);
 
@@ -338,16 +312,6 @@ private:
     std::streambuf* old;
 };
 
-std::string serverConfig()
-{
-    return "<isServer><port>0</port></isServer>\n";
-}
-
-std::string clientConfig(int port)
-{
-    return "<server><address>127.0.0.1</address><port>" + std::to_string(port) + "</port></server>\n";
-}
-
 // ---- soak ---------------------------------------------------------------------------------
 
 // A relay between a client and a server on 127.0.0.1 that loses a quarter of
@@ -355,40 +319,23 @@ std::string clientConfig(int port)
 // holds some back until newer ones have overtaken them.
 class LossyRelay {
 public:
-    explicit LossyRelay(int serverPort) : fd(::socket(AF_INET, SOCK_DGRAM, 0)), server(loopback(serverPort))
-    {
-        sockaddr_in local = loopback(0);
-        socklen_t length = sizeof local;
-        ::bind(fd, reinterpret_cast<sockaddr*>(&local), length);
-        ::getsockname(fd, reinterpret_cast<sockaddr*>(&local), &length);
-        port = ntohs(local.sin_port);
-    }
-    ~LossyRelay() { ::close(fd); }
-    LossyRelay(const LossyRelay&) = delete;
-    LossyRelay& operator=(const LossyRelay&) = delete;
+    explicit LossyRelay(int serverPort) : serverPort(serverPort) {}
 
-    using Datagram = std::vector<unsigned char>;
+    using Datagram = nettest::Bytes;
 
     // Receives `count` datagrams from one side within the time limit.
     bool take(int count, std::vector<Datagram>& fromClient, std::vector<Datagram>& fromServer)
     {
         for (int taken = 0; taken < count; ++taken) {
-            pollfd p{fd, POLLIN, 0};
-            if (::poll(&p, 1, 10000) <= 0) {
+            Datagram d;
+            int from = 0;
+            if (!socket.receive(d, 10000, &from)) {
                 return false;
             }
-            Datagram d(9000);
-            sockaddr_in from{};
-            socklen_t length = sizeof from;
-            const ssize_t got = ::recvfrom(fd, d.data(), d.size(), 0, reinterpret_cast<sockaddr*>(&from), &length);
-            if (got < 0) {
-                return false;
-            }
-            d.resize(static_cast<std::size_t>(got));
-            if (from.sin_port == server.sin_port) {
+            if (from == serverPort) {
                 fromServer.push_back(std::move(d));
             } else {
-                client = from;
+                clientPort = from;
                 fromClient.push_back(std::move(d));
             }
         }
@@ -429,20 +376,14 @@ public:
         int held = 0;
     };
 
-    void toServer(const Datagram& d) { send(server, d); }
-    void toClient(const Datagram& d) { send(client, d); }
-
-    int port = 0;
+    void toServer(const Datagram& d) const { socket.sendTo(serverPort, d); }
+    void toClient(const Datagram& d) const { socket.sendTo(clientPort, d); }
+    int port() const { return socket.port(); }
 
 private:
-    void send(const sockaddr_in& to, const Datagram& d)
-    {
-        ::sendto(fd, d.data(), d.size(), 0, reinterpret_cast<const sockaddr*>(&to), sizeof to);
-    }
-
-    int fd;
-    sockaddr_in server;
-    sockaddr_in client{};
+    nettest::RawUdp socket;
+    int serverPort;
+    int clientPort = 0;
 };
 
 short typeOf(const LossyRelay::Datagram& d)
@@ -518,12 +459,13 @@ TEST(ApplicationQuorbaneRemoteTest, SoakThroughALossyLinkNeverShowsAnOlderStateA
 
     std::srand(17);
     TestGame server;
-    server.configure(serverConfig());
+    server.configure("<isServer><port>0</port></isServer>\n");
     ASSERT_TRUE(server.initNetwork());
     server.quiet();
     LossyRelay relay(server.getServer()->getSocket().getLocalPort());
     TestGame client;
-    client.configure(clientConfig(relay.port));
+    client.configure("<server><address>127.0.0.1</address><port>" + std::to_string(relay.port()) +
+                     "</port></server>\n");
     ASSERT_TRUE(client.initNetwork());
     client.pointAt(640, 360);
 

@@ -32,8 +32,6 @@ TEST(ApplicationQuorbaneTest, ConstructionPrintsTheBufferAndTheCountsAndDarkensT
     EXPECT_EQ(out.text(), "Buffer size: 8082\nCOUNT_Enemies: 50\nCOUNT_Bullets: 50\nCOUNT_Explosions: 20\n");
     EXPECT_EQ(game.getBufferSize(), 8082);
     EXPECT_EQ(game.background(), Vector4D(0.01f, 0.01f, 0.05f, 1.0f));
-    EXPECT_STREQ(game.getInstanceClassName(), "ApplicationQuorbane");
-    EXPECT_EQ(game.getPlayer(), &game.getAvatar());
     EXPECT_FALSE(game.getIsServer() || game.getIsClient() || game.getIsConnected());
 }
 

@@ -14,6 +14,17 @@
 
 namespace game_testing {
 
+// How many of the first `count` indices pass `test`.
+template <typename Test>
+int countWhere(int count, Test test)
+{
+    int found = 0;
+    for (int i = 0; i < count; ++i) {
+        found += test(i) ? 1 : 0;
+    }
+    return found;
+}
+
 class TestGame : public korvel::ApplicationQuorbane {
 public:
     // A world looking down -z from the origin, 1280x720, from 1 to 300.
@@ -37,7 +48,6 @@ public:
 
     korvel::World& scene() { return *world; }
     const Vector4D& background() const { return backgroundColour; }
-    float frameRate() const { return updateFrequency; }
     void pointAt(double x, double y)
     {
         cursorX = x;
@@ -67,32 +77,9 @@ public:
         body.changeMatrixObject();
     }
 
-    int aliveBullets()
-    {
-        int alive = 0;
-        for (int i = 0; i < countBullets; ++i) {
-            alive += getBullet(i).isAlive ? 1 : 0;
-        }
-        return alive;
-    }
-
-    int aliveExplosions()
-    {
-        int alive = 0;
-        for (int i = 0; i < countExplosions; ++i) {
-            alive += getExplosion(i).isAlive ? 1 : 0;
-        }
-        return alive;
-    }
-
-    int freeBlowForces()
-    {
-        int free = 0;
-        for (int i = 0; i < countBlowForces; ++i) {
-            free += getBlowForce(i).released ? 1 : 0;
-        }
-        return free;
-    }
+    int aliveBullets() { return countWhere(countBullets, [this](int i) { return getBullet(i).isAlive; }); }
+    int aliveExplosions() { return countWhere(countExplosions, [this](int i) { return getExplosion(i).isAlive; }); }
+    int freeBlowForces() { return countWhere(countBlowForces, [this](int i) { return getBlowForce(i).released; }); }
 
     using korvel::ApplicationQuorbane::playAloneUnlessConnected;
 };

@@ -52,13 +52,20 @@ public:
         const sockaddr_in to = loopback(toPort);
         ::sendto(fd, bytes.data(), bytes.size(), 0, reinterpret_cast<const sockaddr*>(&to), sizeof to);
     }
-    // One datagram within timeoutMs, or false.
-    bool receive(Bytes& bytes, int timeoutMs) const
+    // One datagram within timeoutMs, or false; `fromPort` gets its sender's.
+    bool receive(Bytes& bytes, int timeoutMs, int* fromPort = nullptr) const
     {
         pollfd p{fd, POLLIN, 0};
+        sockaddr_in from{};
+        socklen_t length = sizeof from;
         bytes.resize(65536);
-        const ssize_t got = ::poll(&p, 1, timeoutMs) > 0 ? ::recv(fd, bytes.data(), bytes.size(), 0) : -1;
+        const ssize_t got = ::poll(&p, 1, timeoutMs) > 0
+                                ? ::recvfrom(fd, bytes.data(), bytes.size(), 0, reinterpret_cast<sockaddr*>(&from), &length)
+                                : -1;
         bytes.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+        if (fromPort != nullptr) {
+            *fromPort = ntohs(from.sin_port);
+        }
         return got >= 0;
     }
 

@@ -1,9 +1,8 @@
-// Forces: aging and death, the constant field, the fading blow and its edge
+// Forces: aging and death, the fading blow and its edge
 // cases, and the refusal of a time step that is not a number.
 
 #include "physics/Force.h"
 #include "physics/ForceBlow.h"
-#include "physics/ForceField.h"
 #include "PhysicsTesting.h"
 #include "support/CaptureStdout.h"
 
@@ -18,7 +17,6 @@ namespace {
 
 using korvel::Force;
 using korvel::ForceBlow;
-using korvel::ForceField;
 using physics_testing::direction;
 using physics_testing::expectVector;
 using physics_testing::point;
@@ -36,8 +34,6 @@ public:
 TEST(ForceTest, AgesWhileAliveAndDiesOncePastItsLifetime)
 {
     DeathCounter force;
-    EXPECT_TRUE(force.released);
-    EXPECT_FALSE(force.isAlive);
     EXPECT_TRUE(force.update(0.5f));
     EXPECT_EQ(force.age, 0.0f) << "a dead force does not age";
 
@@ -73,17 +69,6 @@ TEST(ForceTest, ATimeStepThatIsNotANumberIsRefusedWithOneWarning)
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1);
     EXPECT_TRUE(blow.update(0.02f));
     EXPECT_FLOAT_EQ(blow.age, 0.07f);
-}
-
-TEST(ForceTest, FieldIsConstantWhereverTheBodyIs)
-{
-    ForceField field;
-    Vector4D out(9, 9, 9, 9);
-    EXPECT_TRUE(field.getForce(out, point(1, 2, 3), direction(4, 5, 6)));
-    expectVector(out, 0, 0, 0, 0);
-    field.setBaseForce(direction(0, -9.8f, 0));
-    EXPECT_TRUE(field.getForce(out, point(-7, 0, 1), direction(0, 0, 30)));
-    expectVector(out, 0, -9.8f, 0, 0);
 }
 
 TEST(ForceTest, BlowFadesLinearlyWithItsOwnAge)
