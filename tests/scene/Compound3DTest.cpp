@@ -1,6 +1,6 @@
 // Compounds and joints: naming, replacement, placement of the components,
-// selection of leaves, detail reduction of mixed compounds, grounding, and
-// saving and loading through the factories.
+// detail reduction of mixed compounds, grounding, and saving and loading
+// through the factories.
 
 #include "scene/Compound3D.h"
 #include "scene/Joint3D.h"
@@ -12,7 +12,6 @@
 #include "geometry/ShapeIndexed.h"
 #include "support/CaptureStdout.h"
 
-#include <list>
 #include <sstream>
 #include <vector>
 
@@ -23,15 +22,6 @@ using korvel::IObject3D;
 using korvel::Joint3D;
 using korvel::Shape3D;
 using korvel::ShapeIndexed3D;
-
-std::vector<std::string> names(const Compound3D& compound)
-{
-    std::vector<std::string> result;
-    for (const auto& entry : compound.getJoints()) {
-        result.push_back(entry.first);
-    }
-    return result;
-}
 
 Shape3D* triangleObject(float x, float y, float z)
 {
@@ -53,7 +43,8 @@ TEST(Compound3DTest, NamesAreGeneratedInOrderAndASecondComponentUnderOneNameRepl
     Joint3D* forgotten = compound.getJoint("wing");
     compound.addJoinedComponent(second, "wing");
     EXPECT_EQ(compound.getJoint("wing")->getComponent(), second);
-    EXPECT_EQ(names(compound), (std::vector<std::string>{"component000000", "component000001", "component000002", "wing"}));
+    EXPECT_EQ(keys(compound.getJoints()),
+              (std::vector<std::string>{"component000000", "component000001", "component000002", "wing"}));
     delete forgotten;  // neither deleted nor kept by the compound
 }
 
@@ -81,24 +72,6 @@ TEST(Compound3DTest, MovingTheCompoundPlacesEveryComponentByItsJoint)
     EXPECT_FLOAT_EQ(compound.getLocalMin().x, -3.0f);
     EXPECT_FLOAT_EQ(compound.getLocalMax().y, 6.0f);
     EXPECT_NEAR(compound.getWorldMin().y, -3.0f, 1e-5f);
-}
-
-TEST(Compound3DTest, SupplyElementsGivesOnlyTheMatchingLeaves)
-{
-    Compound3D outer;
-    auto* plain = new IObject3D();
-    auto* blended = new IObject3D();
-    blended->setElementKind(IObject3D::kindBlended);
-    auto* inner = new Compound3D();
-    inner->addJoinedComponent(blended);
-    outer.addJoinedComponent(plain);
-    outer.addJoinedComponent(inner);
-    const std::list<IObject3D*> expected[] = {{}, {plain}, {blended}, {plain, blended}};
-    for (int kinds = 0; kinds < 4; ++kinds) {
-        std::list<IObject3D*> found;
-        outer.supplyElements(found, kinds);
-        EXPECT_EQ(found, expected[kinds]) << kinds;
-    }
 }
 
 TEST(Compound3DTest, ReductionReducesWhatCanBeAndKeepsTheRestWhole)
@@ -158,7 +131,7 @@ TEST(Compound3DTest, SavedObjectsComeBackThroughTheFactories)
     ASSERT_NE(loaded, nullptr);
     ASSERT_TRUE(loaded->load(text)) << text.str();
     EXPECT_EQ(loaded->getElementKind(), 2u);
-    EXPECT_EQ(names(*loaded), (std::vector<std::string>{"empty", "hull part"}));
+    EXPECT_EQ(keys(loaded->getJoints()), (std::vector<std::string>{"empty", "hull part"}));
     EXPECT_EQ(loaded->getJoint("empty")->getComponent(), nullptr);
     auto* part = dynamic_cast<ShapeIndexed3D*>(loaded->getJoint("hull part")->getComponent());
     ASSERT_NE(part, nullptr);
