@@ -77,21 +77,16 @@ TEST(Shape3DTest, DepthOrderingPutsTheFarthestTriangleFirst)
     EXPECT_EQ(madeIndices(object), (std::vector<unsigned>{0, 1, 2, 6, 7, 8, 3, 4, 5}));
 }
 
-TEST(Shape3DTest, LineTestWorksInTheObjectFrameAndAnswersInTheWorld)
+// Placed shapes are picked in the world tests; a placement that cannot be
+// undone is refused.
+TEST(Shape3DTest, LineTestRefusesASingularPlacement)
 {
     Shape3D object;
     object.getShape()->addTriangle(flatTriangle(0, 0, 0));
-    object.getMatrixObjectChange()->setPosition(10.0f, 0.0f, 0.0f);
-    object.changeMatrixObject();
-    const Vector4D down(0.0f, 0.0f, -1.0f, 0.0f);
-    Triangle hit;
-    EXPECT_FALSE(object.getIntersectingLine(at(0.25f, 0.25f, 5.0f), down, hit));
-    ASSERT_TRUE(object.getIntersectingLine(at(10.25f, 0.25f, 5.0f), down, hit));
-    EXPECT_FLOAT_EQ(hit.points[1]->x, 11.0f);
-
     *object.getMatrixObjectChange() = Matrix4D();  // all zeros
+    Triangle hit;
     CaptureStdout out;
-    EXPECT_FALSE(object.getIntersectingLine(at(10.25f, 0.25f, 5.0f), down, hit));
+    EXPECT_FALSE(object.getIntersectingLine(at(0.25f, 0.25f, 5.0f), Vector4D(0.0f, 0.0f, -1.0f, 0.0f), hit));
     EXPECT_EQ(out.text(), "[Error] shape3D Matrix not invertible ?\n");
 }
 
