@@ -135,7 +135,6 @@ TEST(Compound3DTest, SavedObjectsComeBackThroughTheFactories)
     EXPECT_EQ(loaded->getJoint("empty")->getComponent(), nullptr);
     auto* part = dynamic_cast<ShapeIndexed3D*>(loaded->getJoint("hull part")->getComponent());
     ASSERT_NE(part, nullptr);
-    EXPECT_EQ(part->getShaderProgram(), FakePrograms::get("Wood"));
     EXPECT_TRUE(*part->getShape() == *smooth->getShape());
     EXPECT_FLOAT_EQ(loaded->getJoint("hull part")->getMatrixObject()->m[13], 2.0f);
 
