@@ -1,6 +1,7 @@
-// Compounds and joints: naming, replacement, placement of the components,
-// detail reduction of mixed compounds, grounding, and saving and loading
-// through the factories.
+// Compounds and joints: naming, replacement, detail reduction of mixed
+// compounds, grounding (which also checks the limits: the union of the
+// placed parts), and saving and loading through the factories. Placing and
+// picking the parts is checked through the world.
 
 #include "scene/Compound3D.h"
 #include "scene/Joint3D.h"
@@ -46,32 +47,6 @@ TEST(Compound3DTest, NamesAreGeneratedInOrderAndASecondComponentUnderOneNameRepl
     EXPECT_EQ(keys(compound.getJoints()),
               (std::vector<std::string>{"component000000", "component000001", "component000002", "wing"}));
     delete forgotten;  // neither deleted nor kept by the compound
-}
-
-TEST(Compound3DTest, MovingTheCompoundPlacesEveryComponentByItsJoint)
-{
-    Compound3D compound;
-    auto* part = triangleObject(0, 0, 0);
-    compound.addJoinedComponent(part, "part");
-    compound.getJoint("part")->getMatrixObjectChange()->setPosition(0.0f, 5.0f, 0.0f);
-    // A quarter turn about z, then 10 along x: the joint's (0, 5) lands on (5, 0).
-    compound.getMatrixObjectChange()->rotZ(1.5707964f);
-    compound.getMatrixObjectChange()->setPosition(10.0f, 0.0f, 0.0f);
-    compound.changeMatrixObject();
-    EXPECT_NEAR(part->getMatrixObject()->m[12], 5.0f, 1e-5f);
-    EXPECT_NEAR(part->getMatrixObject()->m[13], 0.0f, 1e-5f);
-    EXPECT_NEAR(part->getWorldMax().x, 4.0f, 1e-5f);  // the part's (1, 1) corner, turned
-
-    korvel::Triangle hit;
-    EXPECT_TRUE(compound.getIntersectingLine(at(4.75f, 0.25f, 3.0f), Vector4D(0, 0, -1, 0), hit));
-    EXPECT_FALSE(compound.getIntersectingLine(at(10.25f, 5.25f, 3.0f), Vector4D(0, 0, -1, 0), hit));
-
-    // Limits: the union of the placed boxes, in the compound's frame.
-    compound.addJoinedComponent(triangleObject(-3, 0, 0), "left");
-    compound.updateLimits();
-    EXPECT_FLOAT_EQ(compound.getLocalMin().x, -3.0f);
-    EXPECT_FLOAT_EQ(compound.getLocalMax().y, 6.0f);
-    EXPECT_NEAR(compound.getWorldMin().y, -3.0f, 1e-5f);
 }
 
 TEST(Compound3DTest, ReductionReducesWhatCanBeAndKeepsTheRestWhole)
