@@ -1,7 +1,5 @@
 #include "geometry/Octree.h"
 
-#include "core/Matrix4D.h"
-
 #include "GeometryTesting.h"
 
 #include <gtest/gtest.h>
@@ -220,50 +218,6 @@ TEST(OctreeTest, BalancedOrderAndRoutingKeysShapeTheTreeButNotWhatItFinds)
     for (std::size_t i = 0; i < keys.size(); ++i) {
         value = -1;
         EXPECT_EQ(planned.get(keys[i].first, value), i % 2 == 0 || i == 5) << i;
-    }
-}
-
-TEST(OctreeTest, MovedKeysKeepTheTreeOnlyWhileTheChildRuleHolds)
-{
-    std::srand(5);
-    // The first two are root and child, one float step apart on x.
-    std::vector<Vector4D> keys = {pt(1.0f, 2, 3), pt(std::nextafter(1.0f, 2.0f), 5, 3)};
-    for (int i = 0; i < 500; ++i) {
-        keys.push_back(pt(uniform(-10, 10), uniform(-10, 10), uniform(-10, 10)));
-    }
-    auto fill = [&](Octree<int>& tree) {
-        for (std::size_t i = 0; i < keys.size(); ++i) {
-            tree.add(keys[i], int(i));
-        }
-        tree.remove(keys[0]);  // the root stays, only to route: it moves too
-    };
-    struct Case {
-        const char* name;
-        Matrix4D move;
-        bool kept;
-    };
-    Matrix4D shift = Matrix4D::getI4(), far = Matrix4D::getI4(), mirror = Matrix4D::getI4();
-    shift.setPosition(0.5f, -3.0f, 2.0f);
-    far.setPosition(1e8f, 0.0f, 0.0f);  // the two close keys round to one x
-    mirror.setColumn(0, Vector4D(-1.0f, 0.0f, 0.0f, 0.0f));
-    const Case cases[] = {{"shift", shift, true}, {"far", far, false}, {"mirror", mirror, false}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        Octree<int> tree;
-        fill(tree);
-        std::list<int> before, after;
-        tree.getList(before);
-        const bool kept = tree.moveKeys([&](const korvel::OctreeNode<int>& n) { return c.move * n.point; });
-        EXPECT_EQ(kept, c.kept);
-        if (!kept) {
-            continue;
-        }
-        tree.getList(after);
-        EXPECT_EQ(after, before);
-        for (std::size_t i = 1; i < keys.size(); ++i) {
-            int found = -1;
-            EXPECT_TRUE(tree.get(c.move * keys[i], found) && found == int(i)) << i;
-        }
     }
 }
 

@@ -4,15 +4,10 @@
 
 #include "core/Matrix4D.h"
 #include "geometry/GPattern.h"
-#include "geometry/ShapeIndexed.h"
-#include "geometry/ShapeNode.h"
-#include "geometry/Triangle.h"
 #include "render/ShaderFragment.h"
 #include "render/ShaderProgramBase.h"
 #include "render/ShaderVertex.h"
 
-#include <algorithm>
-#include <cmath>
 #include <memory>
 #include <vector>
 
@@ -125,42 +120,6 @@ TEST_F(GLBaseStructureGLTest, ReorganizeReuploadsTheIndicesInPlace)
     EXPECT_EQ(at(render(structure), 5, 5), 1);
     EXPECT_TRUE(structure.reorganize());
     EXPECT_EQ(at(render(structure), 5, 5), 0);
-}
-
-// Model files bring faces without area; an indexed shape keeps them, and
-// the vertex data made from it draws the proper faces and nothing for them.
-TEST_F(GLBaseStructureGLTest, AnIndexedShapeWithDegenerateFacesDrawsItsProperOnes)
-{
-    korvel::ShapeIndexed shape;
-    const Vector4D a(-1, -1, 0, 1), b(1, -1, 0, 1), c(-1, 1, 0, 1);
-    shape.addTriangle(new korvel::Triangle(a, b, c));  // the lower-left half
-    shape.addTriangle(new korvel::Triangle(a, a, b));
-    shape.addTriangle(new korvel::Triangle(b, b, b));
-    shape.addTriangle(new korvel::Triangle(c, Vector4D(0, 0, 0, 1), b));  // in a line, along the diagonal
-    shape.computeIndexes();
-    const auto& index = shape.getPointsIndex();
-    auto* vertices = new GPattern[index.size()];
-    for (const auto& [point, node] : index) {
-        const Vector4D& n = node->normal;
-        ASSERT_TRUE(std::isfinite(n.x) && std::isfinite(n.y) && std::isfinite(n.z));
-        vertices[node->index].setPoint(*point);
-        vertices[node->index].setNormal(n);
-        vertices[node->index].setUV(0.0f, 0.0f);
-    }
-    std::vector<unsigned> order;
-    for (const korvel::Triangle* t : shape.getTriangles()) {
-        for (Vector4D* p : t->points) {
-            order.push_back(static_cast<unsigned>(index.at(p)->index));
-        }
-    }
-    auto* indices = new unsigned[order.size()];
-    std::copy(order.begin(), order.end(), indices);
-    GLBaseStructure structure;
-    ASSERT_TRUE(structure.make(vertices, static_cast<int>(index.size()), indices, static_cast<int>(order.size())));
-    const std::vector<int> pixels = render(structure);
-    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
-    EXPECT_EQ(at(pixels, 3, 3), 1);
-    EXPECT_EQ(at(pixels, width - 4, height - 4), 0);
 }
 
 }  // namespace

@@ -68,33 +68,30 @@ TEST_F(TextureGLTest, PngComesBackAsTheSameTexture)
     EXPECT_EQ(uploaded, pattern(3, 5));
 }
 
-TEST_F(TextureGLTest, FileThatIsNotAPngGivesTheDecoderError)
+TEST_F(TextureGLTest, ADecoderErrorIsReportedOnceAndTheManagerRemembersIt)
 {
-    const std::string file = writeText("text");
+    const std::string broken = writeText("broken");
     std::vector<unsigned char> ignored;
     unsigned size = 0;
-    const unsigned error = lodepng::decode(ignored, size, size, file);
+    const unsigned error = lodepng::decode(ignored, size, size, broken);
     ASSERT_NE(error, 0u);
-
+    const std::string decoderLine =
+        "[ERROR] decoder error " + std::to_string(error) + ": " + lodepng_error_text(error) + "\n";
     korvel::TextureBase texture;
     CaptureStdout out;
-    EXPECT_FALSE(texture.load(file));
-    EXPECT_EQ(out.text(), "[ERROR] decoder error " + std::to_string(error) + ": " + lodepng_error_text(error) + "\n");
+    EXPECT_FALSE(texture.load(broken));
+    EXPECT_EQ(out.text(), decoderLine);
     EXPECT_EQ(texture.getName(), 0u);
-}
 
-TEST_F(TextureGLTest, ManagerDecodesEachNameOnceAndRemembersFailures)
-{
     writePng("square", 4, 4);
-    writeText("broken");
     korvel::TextureManager manager;
     manager.setPath(directory);
-    CaptureStdout out;
+    out.clear();
     korvel::TextureBase* square = manager.getTexture("square");
     ASSERT_NE(square, nullptr);
     EXPECT_EQ(manager.getTexture("broken"), nullptr);
     const std::string text = out.text();
-    EXPECT_NE(text.find("\n[ERROR] Texture not loaded:broken\n[ERROR] filename information:" + directory
+    EXPECT_NE(text.find(decoderLine + "[ERROR] Texture not loaded:broken\n[ERROR] filename information:" + directory
                         + "broken.png\n"),
               std::string::npos)
         << text;

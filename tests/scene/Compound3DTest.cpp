@@ -1,6 +1,7 @@
-// Compounds and joints: naming, replacement, placement of the components,
-// selection of leaves, detail reduction of mixed compounds, grounding, and
-// saving and loading through the factories.
+// Compounds and joints: naming, replacement, detail reduction of mixed
+// compounds, grounding (which also checks the limits: the union of the
+// placed parts), and saving and loading through the factories. Placing and
+// picking the parts is checked through the world.
 
 #include "scene/Compound3D.h"
 #include "scene/Joint3D.h"
@@ -12,7 +13,6 @@
 #include "geometry/ShapeIndexed.h"
 #include "support/CaptureStdout.h"
 
-#include <list>
 #include <sstream>
 #include <vector>
 
@@ -23,15 +23,6 @@ using korvel::IObject3D;
 using korvel::Joint3D;
 using korvel::Shape3D;
 using korvel::ShapeIndexed3D;
-
-std::vector<std::string> names(const Compound3D& compound)
-{
-    std::vector<std::string> result;
-    for (const auto& entry : compound.getJoints()) {
-        result.push_back(entry.first);
-    }
-    return result;
-}
 
 Shape3D* triangleObject(float x, float y, float z)
 {
@@ -53,52 +44,9 @@ TEST(Compound3DTest, NamesAreGeneratedInOrderAndASecondComponentUnderOneNameRepl
     Joint3D* forgotten = compound.getJoint("wing");
     compound.addJoinedComponent(second, "wing");
     EXPECT_EQ(compound.getJoint("wing")->getComponent(), second);
-    EXPECT_EQ(names(compound), (std::vector<std::string>{"component000000", "component000001", "component000002", "wing"}));
+    EXPECT_EQ(keys(compound.getJoints()),
+              (std::vector<std::string>{"component000000", "component000001", "component000002", "wing"}));
     delete forgotten;  // neither deleted nor kept by the compound
-}
-
-TEST(Compound3DTest, MovingTheCompoundPlacesEveryComponentByItsJoint)
-{
-    Compound3D compound;
-    auto* part = triangleObject(0, 0, 0);
-    compound.addJoinedComponent(part, "part");
-    compound.getJoint("part")->getMatrixObjectChange()->setPosition(0.0f, 5.0f, 0.0f);
-    // A quarter turn about z, then 10 along x: the joint's (0, 5) lands on (5, 0).
-    compound.getMatrixObjectChange()->rotZ(1.5707964f);
-    compound.getMatrixObjectChange()->setPosition(10.0f, 0.0f, 0.0f);
-    compound.changeMatrixObject();
-    EXPECT_NEAR(part->getMatrixObject()->m[12], 5.0f, 1e-5f);
-    EXPECT_NEAR(part->getMatrixObject()->m[13], 0.0f, 1e-5f);
-    EXPECT_NEAR(part->getWorldMax().x, 4.0f, 1e-5f);  // the part's (1, 1) corner, turned
-
-    korvel::Triangle hit;
-    EXPECT_TRUE(compound.getIntersectingLine(at(4.75f, 0.25f, 3.0f), Vector4D(0, 0, -1, 0), hit));
-    EXPECT_FALSE(compound.getIntersectingLine(at(10.25f, 5.25f, 3.0f), Vector4D(0, 0, -1, 0), hit));
-
-    // Limits: the union of the placed boxes, in the compound's frame.
-    compound.addJoinedComponent(triangleObject(-3, 0, 0), "left");
-    compound.updateLimits();
-    EXPECT_FLOAT_EQ(compound.getLocalMin().x, -3.0f);
-    EXPECT_FLOAT_EQ(compound.getLocalMax().y, 6.0f);
-    EXPECT_NEAR(compound.getWorldMin().y, -3.0f, 1e-5f);
-}
-
-TEST(Compound3DTest, SupplyElementsGivesOnlyTheMatchingLeaves)
-{
-    Compound3D outer;
-    auto* plain = new IObject3D();
-    auto* blended = new IObject3D();
-    blended->setElementKind(IObject3D::kindBlended);
-    auto* inner = new Compound3D();
-    inner->addJoinedComponent(blended);
-    outer.addJoinedComponent(plain);
-    outer.addJoinedComponent(inner);
-    const std::list<IObject3D*> expected[] = {{}, {plain}, {blended}, {plain, blended}};
-    for (int kinds = 0; kinds < 4; ++kinds) {
-        std::list<IObject3D*> found;
-        outer.supplyElements(found, kinds);
-        EXPECT_EQ(found, expected[kinds]) << kinds;
-    }
 }
 
 TEST(Compound3DTest, ReductionReducesWhatCanBeAndKeepsTheRestWhole)
@@ -158,11 +106,10 @@ TEST(Compound3DTest, SavedObjectsComeBackThroughTheFactories)
     ASSERT_NE(loaded, nullptr);
     ASSERT_TRUE(loaded->load(text)) << text.str();
     EXPECT_EQ(loaded->getElementKind(), 2u);
-    EXPECT_EQ(names(*loaded), (std::vector<std::string>{"empty", "hull part"}));
+    EXPECT_EQ(keys(loaded->getJoints()), (std::vector<std::string>{"empty", "hull part"}));
     EXPECT_EQ(loaded->getJoint("empty")->getComponent(), nullptr);
     auto* part = dynamic_cast<ShapeIndexed3D*>(loaded->getJoint("hull part")->getComponent());
     ASSERT_NE(part, nullptr);
-    EXPECT_EQ(part->getShaderProgram(), FakePrograms::get("Wood"));
     EXPECT_TRUE(*part->getShape() == *smooth->getShape());
     EXPECT_FLOAT_EQ(loaded->getJoint("hull part")->getMatrixObject()->m[13], 2.0f);
 

@@ -46,14 +46,16 @@ TEST(IHandler3DTest, SlotsOutsideTheRangeAreRefusedAndReadersFindNothingThere)
     handler.draw();
 }
 
-TEST(IHandler3DTest, TheShownRepresentativeFollowsTheHandler)
+TEST(IHandler3DTest, TheShownRepresentativeFollowsTheHandlerAndEachObjectIsDeletedOnce)
 {
     int deletions = 0;
-    auto* near = new Counted(deletions);
     auto* far = new Counted(deletions);
     {
         IHandler3D handler;
-        handler.setRepresentative(0, near);
+        auto* near = new Counted(deletions);
+        for (short lod = 0; lod < 4; ++lod) {
+            handler.setRepresentative(lod, near);  // one object in every slot
+        }
         handler.setRepresentative(1, far);
         handler.setLOD(0);
         handler.getMatrixObjectChange()->setPosition(1.0f, 2.0f, 3.0f);
@@ -69,23 +71,10 @@ TEST(IHandler3DTest, TheShownRepresentativeFollowsTheHandler)
 
         handler.removeRepresentative(far);
         EXPECT_EQ(handler.getCurrent(), nullptr);
-        delete far;
-    }
-    EXPECT_EQ(deletions, 2);
-}
-
-TEST(IHandler3DTest, OneObjectInEverySlotIsDeletedOnce)
-{
-    int deletions = 0;
-    {
-        IHandler3D handler;
-        auto* shared = new Counted(deletions);
-        for (short lod = 0; lod < 4; ++lod) {
-            handler.setRepresentative(lod, shared);
-        }
         handler.setRepresentative(2, new Counted(deletions));
     }
     EXPECT_EQ(deletions, 2);
+    delete far;
 
     // A handler that does not own its representatives leaves them alone.
     int kept = 0;

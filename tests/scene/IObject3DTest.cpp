@@ -1,37 +1,21 @@
 // The scene object base: matrix ownership, limits that follow the matrix,
-// selection by kind, the boundary line test, grounding, serialisation and the
-// observer that makes an object follow a moving subject.
+// the boundary line test, serialisation and the observer that makes an
+// object follow a moving subject.
 
 #include "scene/IObject3D.h"
 #include "scene/Observer3D.h"
+#include "SceneTesting.h"
 #include "support/CaptureStdout.h"
 
 #include <gtest/gtest.h>
 
-#include <list>
 #include <sstream>
 
 namespace {
 
 using korvel::IObject3D;
 
-void expectPoint(const Vector4D& v, float x, float y, float z)
-{
-    EXPECT_FLOAT_EQ(v.x, x);
-    EXPECT_FLOAT_EQ(v.y, y);
-    EXPECT_FLOAT_EQ(v.z, z);
-    EXPECT_FLOAT_EQ(v.w, 1.0f);
-}
-
-Matrix4D translation(float x, float y, float z)
-{
-    Matrix4D m = Matrix4D::getI4();
-    m.setPosition(x, y, z);
-    return m;
-}
-
-// Counts box rebuilds, reports a lowest point on demand and moves its own
-// matrix when transformed, as drawable objects move their geometry.
+// Counts box rebuilds.
 class Probe : public IObject3D {
 public:
     void computeBoundingBoxtoRef() override
@@ -39,46 +23,32 @@ public:
         ++boxBuilds;
         IObject3D::computeBoundingBoxtoRef();
     }
-    bool getMinPointY(Vector4D& p) const override
-    {
-        if (hasLowest) {
-            p = lowest;
-        }
-        return hasLowest;
-    }
-    void transform(const Matrix4D& m) override
-    {
-        *matrixObject = m * *matrixObject;
-        changeMatrixObject();
-    }
 
     int boxBuilds = 0;
-    bool hasLowest = false;
-    Vector4D lowest;
 };
 
 TEST(IObject3DTest, OwnedMatricesAreFreedLinkedOnesFollowedAndKept)
 {
-    Matrix4D body = translation(1.0f, 2.0f, 3.0f);  // on the stack: freeing it would be caught
+    Matrix4D body = moved(1.0f, 2.0f, 3.0f);  // on the stack: freeing it would be caught
     {
         IObject3D object;
         EXPECT_TRUE(object.isMatrixObjectOwned() && object.isMatrixObjectChanged());
-        expectPoint(object.getWorldMax(), 1, 1, 1);
+        expectVector(object.getWorldMax(), 1, 1, 1, 1);
 
         // The owned identity goes (the leak checker sees it otherwise).
         object.unchangeMatrixObject();
         ASSERT_TRUE(object.setMatriceObjectLinked(&body));
         EXPECT_FALSE(object.isMatrixObjectOwned());
         EXPECT_TRUE(object.isMatrixObjectChanged());
-        expectPoint(object.getWorldMin(), 1, 2, 3);
-        expectPoint(object.getWorldMax(), 2, 3, 4);
+        expectVector(object.getWorldMin(), 1, 2, 3, 1);
+        expectVector(object.getWorldMax(), 2, 3, 4, 1);
 
         // Moved in place by its owner, then declared changed.
         object.unchangeMatrixObject();
         object.getMatrixObjectChange()->setPosition(-1.0f, 0.0f, 0.0f);
         object.changeMatrixObject();
         EXPECT_TRUE(object.isMatrixObjectChanged());
-        expectPoint(object.getWorldMin(), -1, 0, 0);
+        expectVector(object.getWorldMin(), -1, 0, 0, 1);
 
         // A copy owns a copy, even of a linked matrix.
         IObject3D copy(object);
@@ -86,10 +56,10 @@ TEST(IObject3DTest, OwnedMatricesAreFreedLinkedOnesFollowedAndKept)
         EXPECT_NE(copy.getMatrixObject(), &body);
 
         // Handing back the owned matrix already held keeps it alive.
-        auto* own = new Matrix4D(translation(0.0f, 5.0f, 0.0f));
+        auto* own = new Matrix4D(moved(0.0f, 5.0f, 0.0f));
         ASSERT_TRUE(object.setMatriceObjectOwned(own));
         ASSERT_TRUE(object.setMatriceObjectOwned(own));
-        expectPoint(object.getWorldMin(), 0, 5, 0);
+        expectVector(object.getWorldMin(), 0, 5, 0, 1);
 
         CaptureStdout out;
         EXPECT_FALSE(object.setMatriceObjectLinked(nullptr));
@@ -100,24 +70,7 @@ TEST(IObject3DTest, OwnedMatricesAreFreedLinkedOnesFollowedAndKept)
         object.releaseMatrixObject();
         EXPECT_EQ(object.getMatrixObject(), nullptr);
     }
-    expectPoint(body.getPosition(), -1, 0, 0);
-}
-
-TEST(IObject3DTest, SupplyElementsSelectsByCommonKindBits)
-{
-    IObject3D plain;
-    IObject3D blended;
-    IObject3D both;
-    blended.setElementKind(IObject3D::kindBlended);
-    both.setElementKind(IObject3D::kindPlain | IObject3D::kindBlended);
-    const std::list<IObject3D*> expected[] = {{}, {&plain, &both}, {&blended, &both}, {&plain, &blended, &both}, {}};
-    for (int kinds = 0; kinds <= 4; ++kinds) {
-        std::list<IObject3D*> found;
-        for (IObject3D* object : {&plain, &blended, &both}) {
-            object->supplyElements(found, kinds);
-        }
-        EXPECT_EQ(found, expected[kinds]) << "kinds " << kinds;
-    }
+    expectVector(body.getPosition(), -1, 0, 0, 1);
 }
 
 TEST(IObject3DTest, LineTestRebuildsTheBoxOnlyAfterTheMatrixOrTheLimitsChange)
@@ -149,19 +102,6 @@ TEST(IObject3DTest, LineTestRebuildsTheBoxOnlyAfterTheMatrixOrTheLimitsChange)
     EXPECT_TRUE(probe.isIntersectingBoundariesLine(throughBox, alongZ));
     EXPECT_FALSE(probe.isIntersectingBoundariesLine(throughMoved, alongZ));
     EXPECT_EQ(probe.boxBuilds, 3);
-}
-
-TEST(IObject3DTest, SetToMinPointYBringsTheLowestPointToTheOrigin)
-{
-    Probe probe;
-    probe.lowest = Vector4D(3.0f, -2.0f, 5.0f, 1.0f);
-    probe.setToMinPointY();  // no lowest point known: nothing moves
-    expectPoint(probe.getMatrixObject()->getPosition(), 0, 0, 0);
-
-    probe.hasLowest = true;
-    probe.setToMinPointY();
-    expectPoint(*probe.getMatrixObject() * probe.lowest, 0, 0, 0);
-    EXPECT_FLOAT_EQ(probe.getMatrixObject()->m[13], 2.0f);  // up by 2
 }
 
 TEST(IObject3DTest, ElementKindSurvivesASaveAndBadKindsAreRefused)
@@ -204,7 +144,7 @@ TEST(IObject3DTest, ObserverIsMadeOnceAndFollowsPlacementEvents)
             body.notify(&body, event);
             const bool placement = event != 3;
             EXPECT_EQ(object.isMatrixObjectChanged(), placement) << event;
-            expectPoint(object.getWorldMin(), 0, placement ? static_cast<float>(event) : 0.0f, 0);
+            expectVector(object.getWorldMin(), 0, placement ? static_cast<float>(event) : 0.0f, 0, 1);
         }
     }
     // The object took its observer along: notifying again reaches nobody.

@@ -3,6 +3,7 @@
 // programs that were never linked (enough to look programs up and save or
 // load objects without a display), and small shapes.
 
+#include "core/Matrix4D.h"
 #include "core/Vector4D.h"
 #include "geometry/Shape.h"
 #include "geometry/Sphere.h"
@@ -14,10 +15,38 @@
 
 #include <initializer_list>
 #include <string>
+#include <vector>
 
 inline Vector4D at(float x, float y, float z)
 {
     return Vector4D(x, y, z, 1.0f);
+}
+
+inline void expectVector(const Vector4D& v, float x, float y, float z, float w)
+{
+    EXPECT_NEAR(v.x, x, 1e-5f);
+    EXPECT_NEAR(v.y, y, 1e-5f);
+    EXPECT_NEAR(v.z, z, 1e-5f);
+    EXPECT_NEAR(v.w, w, 1e-5f);
+}
+
+// The names of a world's elements or of a compound's joints, in order.
+template <class Map>
+std::vector<std::string> keys(const Map& map)
+{
+    std::vector<std::string> result;
+    for (const auto& entry : map) {
+        result.push_back(entry.first);
+    }
+    return result;
+}
+
+inline Matrix4D moved(float x, float y, float z, float scale = 1.0f)
+{
+    Matrix4D m = Matrix4D::getI4();
+    m.enlarge(scale);
+    m.setPosition(x, y, z);
+    return m;
 }
 
 // Programs that only carry their names; removed with the manager at the end.

@@ -4,12 +4,9 @@
 // ones, then the selection, and orders blended faces from the farthest; a
 // world saved and loaded again draws the same picture (pixels read back).
 
-#include "support/GLContextFixture.h"
-#include "ModelTesting.h"
+#include "SceneGLTesting.h"
 #include "SceneTesting.h"
 #include "render/GLBaseStructure.h"
-#include "render/ShaderProgramBase.h"
-#include "render/ShaderProgramManagerBase.h"
 #include "scene/Compound3D.h"
 #include "scene/Joint3D.h"
 #include "scene/ModelManager.h"
@@ -17,8 +14,6 @@
 #include "scene/ShapeIndexed3D.h"
 #include "scene/World.h"
 #include "geometry/ShapeIndexed.h"
-#include "support/CaptureStdout.h"
-#include "support/ScratchDirectory.h"
 
 #include <filesystem>
 #include <sstream>
@@ -83,51 +78,6 @@ using korvel::IObject3D;
 using korvel::Shape3D;
 using korvel::World;
 
-const int side = 64;  // the fixture's window
-
-const char* const vertexSource =
-    "#version 330\nin vec3 in_Position;\nin vec3 in_Normal;\nuniform mat4 projection;\nuniform mat4 modelview;\n"
-    "uniform mat4 refObject;\nout vec3 normal;\nvoid main()\n{\n    normal = mat3(refObject) * in_Normal;\n"
-    "    gl_Position = projection * modelview * refObject * vec4(in_Position, 1.0);\n}\n";
-
-std::string fragmentSource(const std::string& colour)
-{
-    return "#version 330\nin vec3 normal;\nout vec4 colour;\nvoid main()\n{\n    colour = " + colour + ";\n}\n";
-}
-
-// Flat programs, one colour each, and one shaded by the face's direction.
-// "Laser" is the selection's: its presence enables the marker and the beam.
-class Programs {
-public:
-    Programs()
-    {
-        const std::string dir = scratchDirectory("scene_world_gltest");
-        const std::pair<const char*, std::string> colours[] = {
-            {"Red", "vec4(1.0, 0.0, 0.0, 1.0)"},
-            {"Glass", "vec4(0.0, 0.0, 1.0, 0.5)"},
-            {"Laser", "vec4(0.0, 1.0, 0.0, 1.0)"},
-            {"Shade", "vec4(0.5 + 0.5 * normalize(normal), 1.0)"},
-        };
-        korvel::ShaderProgramManager::releaseInstance();  // programs of an earlier test
-        korvel::ShaderProgramManagerBase::init();
-        korvel::ShaderProgramManager::getInstance()->setPath(dir);
-        CaptureStdout quiet;  // the optional uniforms are missing
-        for (const auto& [name, colour] : colours) {
-            writeText(dir + "shaderV" + name + ".glsl", vertexSource);
-            writeText(dir + "shaderF" + name + ".glsl", fragmentSource(colour));
-            EXPECT_NE(get(name), nullptr) << quiet.text();
-        }
-    }
-    ~Programs() { korvel::ShaderProgramManager::releaseInstance(); }
-    Programs(const Programs&) = delete;
-    Programs& operator=(const Programs&) = delete;
-
-    static ShaderProgramBase* get(const std::string& name)
-    {
-        return dynamic_cast<ShaderProgramBase*>(korvel::ShaderProgramManager::getInstance()->getProgram(name));
-    }
-};
-
 // The frame's drawing state, for the duration of a test.
 class FrameState {
 public:
@@ -154,11 +104,7 @@ std::vector<unsigned char> frame(World& world)
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     world.update();
     world.draw();
-    glFinish();
-    std::vector<unsigned char> pixels(side * side * 4);
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, side, side, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
-    return pixels;
+    return readWindow();
 }
 
 // The colour at a point of the screen in normalised device units.
@@ -224,8 +170,7 @@ TEST_F(WorldDrawGLTest, OpaqueObjectsFirstThenBlendedOnesThenTheSelection)
     expectColour(pixels, -0.5f, -0.3f, {0, 0, 255}, "element kind 3, drawn without blending");
     expectColour(pixels, 0.0f, 0.75f, {0, 0, 0}, "strip left out");
     strip->draw();  // it is the visibility test that left it out
-    glFinish();
-    glReadPixels(0, 0, side, side, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    pixels = readWindow();
     expectColour(pixels, 0.0f, 0.75f, {255, 0, 0}, "strip drawn by hand");
 
     // The marker covers the selected face, the wall's lower right half.
@@ -235,7 +180,6 @@ TEST_F(WorldDrawGLTest, OpaqueObjectsFirstThenBlendedOnesThenTheSelection)
     expectColour(pixels, 0.9f, -0.9f, {0, 255, 0}, "marked face");
     expectColour(pixels, -0.9f, 0.4f, {255, 0, 0}, "the wall's other face");
     expectColour(pixels, 0.5f, -0.3f, {127, 0, 128}, "glass, drawn before the marker");
-
 }
 
 TEST_F(WorldDrawGLTest, TheBeamRunsFromTheLowerRightCornerToTheCursor)
