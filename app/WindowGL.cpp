@@ -18,17 +18,7 @@ bool WindowGL::shouldDraw(IObject3D*) const
 
 void WindowGL::draw()
 {
-    blended.clear();
-    for (const auto& [key, object] : objects) {
-        if (!shouldDraw(object)) {
-            continue;
-        }
-        if (object->getElementKind() == IObject3D::kindBlended) {
-            blended.push_back(object);
-        } else {
-            object->draw();
-        }
-    }
+    IObject3D::drawPlainListBlended(objects, [this](IObject3D* object) { return shouldDraw(object); }, blended);
     drawBlended();
 }
 

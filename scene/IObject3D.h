@@ -120,6 +120,26 @@ public:
     // (all eight corners: two are not enough under a rotation).
     static void placedBounds(const Matrix4D& m, const Vector4D& a, const Vector4D& b, Vector4D& low,
                              Vector4D& high);
+    // The first pass of a frame over a keyed collection of objects: those
+    // accept lets through are drawn at once, in key order, except the
+    // blended ones, which are listed in blended (emptied first) for a second
+    // pass with blending on, after every opaque face is in the depth buffer.
+    template <class Objects, class Accept>
+    static void drawPlainListBlended(const Objects& objects, Accept accept, std::list<IObject3D*>& blended)
+    {
+        blended.clear();
+        for (const auto& entry : objects) {
+            IObject3D* object = entry.second;
+            if (!accept(object)) {
+                continue;
+            }
+            if (object->getElementKind() == kindBlended) {
+                blended.push_back(object);
+            } else {
+                object->draw();
+            }
+        }
+    }
 
     // The name the object asks to be known by (a world or a compound may
     // register it under another one when it is taken). Not serialised here.

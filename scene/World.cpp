@@ -357,18 +357,7 @@ void World::draw()
 
 void World::drawPlain()
 {
-    blended.clear();
-    for (const auto& entry : elements) {
-        IObject3D* object = entry.second;
-        if (!shouldDraw(object)) {
-            continue;
-        }
-        if (object->getElementKind() == IObject3D::kindBlended) {
-            blended.push_back(object);
-        } else {
-            object->draw();
-        }
-    }
+    IObject3D::drawPlainListBlended(elements, [this](IObject3D* object) { return shouldDraw(object); }, blended);
 }
 
 void World::drawBlended()
