@@ -316,17 +316,16 @@ void World::updateViewParameters()
 
 void World::updateObjectView()
 {
-    std::list<IObject3D*> leaves;
     for (const auto& entry : elements) {
         entry.second->changeView(view);
-        // Blended faces blend correctly only when drawn from the farthest.
-        leaves.clear();
-        entry.second->supplyElements(leaves, IObject3D::kindBlended);
-        for (IObject3D* leaf : leaves) {
-            auto* shape = leaf->isVisible() ? dynamic_cast<Shape3D*>(leaf) : nullptr;
-            if (shape != nullptr) {
-                shape->reorganize(view);
-            }
+    }
+    // Blended faces blend correctly only when drawn from the farthest. The
+    // blended leaves are kept listed as elements come and go, so a frame
+    // need not ask every element for them again.
+    for (IObject3D* leaf : blendedLeaves) {
+        auto* shape = leaf->isVisible() ? dynamic_cast<Shape3D*>(leaf) : nullptr;
+        if (shape != nullptr) {
+            shape->reorganize(view);
         }
     }
 }
