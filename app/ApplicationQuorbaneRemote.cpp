@@ -22,26 +22,6 @@ namespace korvel {
 
 namespace {
 
-bool isFinite(const float* values, int count)
-{
-    for (int i = 0; i < count; ++i) {
-        if (!std::isfinite(values[i])) {
-            return false;
-        }
-    }
-    return true;
-}
-
-bool isFinite(const Vector4D& v)
-{
-    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z) && std::isfinite(v.w);
-}
-
-bool isFinite(const Matrix4D& m)
-{
-    return isFinite(m.m, 16);
-}
-
 // The body's placement, or the identity for a body without one.
 Matrix4D placementOf(const PhysicalObject& body)
 {
@@ -54,7 +34,7 @@ Matrix4D placementOf(const PhysicalObject& body)
 Matrix4D inverseOrIdentity(const Matrix4D& m)
 {
     Matrix4D inverse;
-    if (m.invert(inverse) && isFinite(inverse)) {
+    if (m.invert(inverse) && inverse.isFinite()) {
         return inverse;
     }
     return Matrix4D::getI4();
@@ -223,7 +203,7 @@ bool ApplicationQuorbane::manageMoveClient(Buffer& request)
 
 bool ApplicationQuorbane::moveClient(const Matrix4D& pose)
 {
-    if (!isFinite(pose)) {
+    if (!pose.isFinite()) {
         networkLog("[Warning] move request holding a value that is not a number, ignored");
         return false;
     }
@@ -245,7 +225,7 @@ bool ApplicationQuorbane::manageRequestSpawnBullet(Buffer& request)
         networkLog("[Warning] fire request too short, ignored");
         return false;
     }
-    if (!isFinite(origin) || !isFinite(speed) || !isFinite(up)) {
+    if (!origin.isFinite() || !speed.isFinite() || !up.isFinite()) {
         networkLog("[Warning] fire request holding a value that is not a number, ignored");
         return false;
     }
@@ -315,7 +295,7 @@ bool ApplicationQuorbane::showRemoteImpacts(Buffer& update)
         return false;
     }
     Matrix4D check;
-    if (world == nullptr || !isFinite(view) || !view.invert(check)) {
+    if (world == nullptr || !view.isFinite() || !view.invert(check)) {
         networkLog("[Warning] server view unusable, the previous one is kept");
         return false;
     }

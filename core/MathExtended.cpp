@@ -1,6 +1,8 @@
 #include "core/MathExtended.h"
 
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 
 namespace korvel {
 
@@ -32,6 +34,21 @@ void MathExtended::fade(Vector4D& v)
 float MathExtended::log2(float x)
 {
     return static_cast<float>(std::log(static_cast<double>(x)) * invLog2);
+}
+
+// A float is an infinity or a NaN when its exponent bits are all set. Tested
+// on the bits, without a branch or a dependent chain per value: bodies check
+// their whole state every step.
+bool MathExtended::allFinite(const float* values, int count)
+{
+    constexpr uint32_t exponent = 0x7f800000u;
+    uint32_t bad = 0;
+    for (int i = 0; i < count; ++i) {
+        uint32_t bits;
+        std::memcpy(&bits, &values[i], sizeof bits);
+        bad |= static_cast<uint32_t>((bits & exponent) == exponent);
+    }
+    return bad == 0;
 }
 
 }  // namespace korvel

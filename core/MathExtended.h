@@ -1,5 +1,6 @@
 #pragma once
-// Interpolation helpers of the noise and a base-2 logarithm.
+// Interpolation helpers of the noise, a base-2 logarithm, and the finiteness
+// test of the vectors and matrices.
 
 #include "core/Vector4D.h"
 
@@ -21,6 +22,8 @@ public:
     static float fade(float t);
     static void fade(Vector4D& v);  // x, y, z in place
     static float log2(float x);
+    // No value among count is an infinity or a NaN.
+    static bool allFinite(const float* values, int count);
 };
 
 }  // namespace korvel

@@ -1,5 +1,7 @@
 #include "core/Matrix4D.h"
 
+#include "core/MathExtended.h"
+
 #include <cmath>
 #include <iostream>
 
@@ -558,4 +560,9 @@ std::ostream& operator<<(std::ostream& out, const Matrix4D& matrix)
     }
     out << std::endl;
     return out;
+}
+
+bool Matrix4D::isFinite() const
+{
+    return korvel::MathExtended::allFinite(m, 16);
 }

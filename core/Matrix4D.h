@@ -104,6 +104,7 @@ public:
     // Writes the inverse into inv. False for a singular matrix, with inv left
     // partly computed. this is never modified.
     bool invert(Matrix4D& inv) const;
+    bool isFinite() const;  // no coefficient is an infinity or a NaN
 
     // Orthonormal right-handed frame whose first column is x normalised;
     // false (matrix unchanged) for a null x.

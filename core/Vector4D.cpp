@@ -1,5 +1,6 @@
 #include "core/Vector4D.h"
 
+#include "core/MathExtended.h"
 #include "core/Matrix4D.h"
 
 #include <cmath>
@@ -203,6 +204,11 @@ void Vector4D::maximize(Vector4D v)
     y = std::fmax(y, v.y);
     z = std::fmax(z, v.z);
     w = std::fmax(w, v.w);
+}
+
+bool Vector4D::isFinite() const
+{
+    return korvel::MathExtended::allFinite(&x, 4);
 }
 
 bool Vector4D::isNull() const

@@ -71,6 +71,7 @@ public:
     void minimize(Vector4D v);
     void maximize(Vector4D v);
     bool isNull() const;  // every component within 0.0001 of 0
+    bool isFinite() const;  // no component is an infinity or a NaN
 
     // Relative comparison: unequal as soon as |this.c / o.c - 1| > 0.0001 for
     // a component. The quotient is left to IEEE rules on purpose: 0 in both

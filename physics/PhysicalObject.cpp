@@ -1,42 +1,11 @@
 #include "physics/PhysicalObject.h"
 
 #include <cmath>
-#include <cstdint>
-#include <cstring>
 #include <iostream>
 
 namespace korvel {
 
 const char* PhysicalObject::className = "PhysicalObject";
-
-namespace {
-
-// A float is an infinity or a NaN when its exponent bits are all set. Tested
-// on the bits, without a branch or a dependent chain per value: the check
-// runs on every body every step.
-bool allFinite(const float* values, int count)
-{
-    constexpr uint32_t exponent = 0x7f800000u;
-    uint32_t bad = 0;
-    for (int i = 0; i < count; ++i) {
-        uint32_t bits;
-        std::memcpy(&bits, &values[i], sizeof bits);
-        bad |= static_cast<uint32_t>((bits & exponent) == exponent);
-    }
-    return bad == 0;
-}
-
-bool isFinite(const Vector4D& v)
-{
-    return allFinite(&v.x, 4);
-}
-
-bool isFinite(const Matrix4D& m)
-{
-    return allFinite(m.m, 16);
-}
-
-}  // namespace
 
 PhysicalObject::PhysicalObject()
     : isAlive(false),
@@ -440,8 +409,8 @@ void PhysicalObject::restoreMotion(const Motion& motion)
 
 bool PhysicalObject::isMotionFinite() const
 {
-    return (matrixObject == nullptr || isFinite(*matrixObject)) && isFinite(speed) && isFinite(cineticMoment) &&
-           isFinite(acceleration) && isFinite(dynamicMoment) && isFinite(rotation);
+    return (matrixObject == nullptr || matrixObject->isFinite()) && speed.isFinite() && cineticMoment.isFinite() &&
+           acceleration.isFinite() && dynamicMoment.isFinite() && rotation.isFinite();
 }
 
 const char* PhysicalObject::refusalReason(const Motion& before) const
@@ -452,11 +421,11 @@ const char* PhysicalObject::refusalReason(const Motion& before) const
     if (momentOfInertia == 0.0f || !std::isfinite(momentOfInertia)) {
         return "the moment of inertia is 0 or not finite";
     }
-    if (!isFinite(before.speed) || !isFinite(before.cineticMoment) ||
-        (matrixObject != nullptr && !isFinite(before.matrix))) {
+    if (!before.speed.isFinite() || !before.cineticMoment.isFinite() ||
+        (matrixObject != nullptr && !before.matrix.isFinite())) {
         return "its speed, spin or placement is not finite";
     }
-    if (!isFinite(acceleration) || !isFinite(dynamicMoment)) {
+    if (!acceleration.isFinite() || !dynamicMoment.isFinite()) {
         return "a force is not finite";
     }
     return "the step overflows";

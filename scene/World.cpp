@@ -905,11 +905,6 @@ bool readInteger(std::istream& in, long long& value, long long min, long long ma
     return true;
 }
 
-bool isFinite(const Vector4D& v)
-{
-    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z) && std::isfinite(v.w);
-}
-
 }  // namespace
 
 bool World::saveContext(std::ostream& out)
@@ -1034,7 +1029,7 @@ bool World::readObjects(std::istream& in, std::list<std::pair<std::string, IObje
         }
         object->updateLimits();
         object->changeMatrixObject();
-        if (!isFinite(object->getWorldMin()) || !isFinite(object->getWorldMax())) {
+        if (!object->getWorldMin().isFinite() || !object->getWorldMax().isFinite()) {
             return fail("holds an object whose limits are not finite numbers: " + shown(name));
         }
         object->setName(name);
