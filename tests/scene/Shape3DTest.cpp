@@ -51,7 +51,6 @@ TEST(Shape3DTest, MakeGivesEachTriangleItsOwnFlatVerticesAndTexturedOnesTheirUV)
     EXPECT_FLOAT_EQ(v[3].nx, -1.0f);  // (0,0,3) x (0,3,0) points to -x
     EXPECT_FLOAT_EQ(v[3].u, 0.25f);
     EXPECT_FLOAT_EQ(v[3].v, 0.5f);
-    EXPECT_FLOAT_EQ(v[0].u, 0.0f);
 }
 
 TEST(Shape3DTest, DepthOrderingPutsTheFarthestTriangleFirst)
