@@ -128,7 +128,6 @@ TEST_F(TextProviderTest, CellsFollowEachOtherLeftToRightAndLineAfterLine)
     expectQuad(laid[2], 0.0f, 1.0f, -2.0f, a);
     expectQuad(laid[4], 1.75f, 3.75f, -2.0f, b);  // after the blank's 0.75
     EXPECT_FLOAT_EQ(provider.measure("BA\nA B"), 3.75f);
-    EXPECT_FLOAT_EQ(provider.measure("A\nBB"), 4.0f);
 
     provider.setAlignment(korvel::TextProvider::Alignment::centre);
     laid = quads("AB\nA");
