@@ -27,10 +27,11 @@ using korvel::IObject3D;
 using korvel::ModelShape;
 using korvel::ShapeIndexed3D;
 
-ShapeIndexed3D* unitTriangle(float x)
+ShapeIndexed3D* unitTriangle(ShaderProgramBase* program = nullptr)
 {
     auto* object = new ShapeIndexed3D();
-    object->getShape()->addTriangle(flatTriangle(x, 0, 0));
+    object->setShaderProgram(program);
+    object->getShape()->addTriangle(flatTriangle(0, 0, 0));
     object->updateLimits();
     return object;
 }
@@ -39,8 +40,7 @@ TEST(Clone3DTest, CloneSharesTheModelsBuffersProgramAndLimitsButNotItsPlace)
 {
     FakePrograms programs({"Wood", "Hull"});
     ModelShape model;
-    ShapeIndexed3D* level = unitTriangle(0.0f);
-    level->setShaderProgram(FakePrograms::get("Wood"));
+    ShapeIndexed3D* level = unitTriangle(FakePrograms::get("Wood"));
     model.addObject(0, level);
 
     std::unique_ptr<IObject3D> made(model.createClone());
@@ -69,8 +69,8 @@ TEST(Clone3DTest, CompoundClonePlacesItsStandInsByTheModelsJoints)
 {
     ModelShape model;
     auto* compound = new korvel::Compound3D();
-    compound->addJoinedComponent(unitTriangle(0.0f), "a");
-    compound->addJoinedComponent(unitTriangle(0.0f), "b");
+    compound->addJoinedComponent(unitTriangle(), "a");
+    compound->addJoinedComponent(unitTriangle(), "b");
     compound->getJoint("b")->getMatrixObjectChange()->setPosition(0.0f, 10.0f, 0.0f);
     model.addObject(0, compound);
     CompoundClone3D clone;
@@ -99,8 +99,7 @@ TEST(Clone3DTest, SavedClonesFindTheirModelByName)
     korvel::ModelManager* manager = korvel::ModelManager::getInstance();
     manager->releaseModels();
     auto* model = new ModelShape();
-    ShapeIndexed3D* level = unitTriangle(0.0f);
-    level->setShaderProgram(FakePrograms::get("Wood"));
+    ShapeIndexed3D* level = unitTriangle(FakePrograms::get("Wood"));
     model->addObject(0, level);
     ASSERT_TRUE(manager->addModel("rock", model));
     korvel::registerSceneFactories();

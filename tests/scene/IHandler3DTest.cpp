@@ -75,16 +75,6 @@ TEST(IHandler3DTest, TheShownRepresentativeFollowsTheHandlerAndEachObjectIsDelet
     }
     EXPECT_EQ(deletions, 2);
     delete far;
-
-    // A handler that does not own its representatives leaves them alone.
-    int kept = 0;
-    Counted object(kept);
-    {
-        IHandler3D handler;
-        handler.setOwnsRepresentatives(false);
-        handler.setRepresentative(0, &object);
-    }
-    EXPECT_EQ(kept, 0);
 }
 
 }  // namespace

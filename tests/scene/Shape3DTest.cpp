@@ -51,7 +51,6 @@ TEST(Shape3DTest, MakeGivesEachTriangleItsOwnFlatVerticesAndTexturedOnesTheirUV)
     EXPECT_FLOAT_EQ(v[3].nx, -1.0f);  // (0,0,3) x (0,3,0) points to -x
     EXPECT_FLOAT_EQ(v[3].u, 0.25f);
     EXPECT_FLOAT_EQ(v[3].v, 0.5f);
-    EXPECT_FLOAT_EQ(v[0].u, 0.0f);
 }
 
 TEST(Shape3DTest, DepthOrderingPutsTheFarthestTriangleFirst)
@@ -64,12 +63,7 @@ TEST(Shape3DTest, DepthOrderingPutsTheFarthestTriangleFirst)
     object.make();
     Matrix4D view = Matrix4D::getI4();
     object.reorganize(view);
-    std::vector<int> order;
-    for (const auto& record : object.getDepthOrder()) {
-        order.push_back(record.index);
-    }
-    EXPECT_EQ(order, (std::vector<int>{1, 2, 0}));
-    EXPECT_EQ(madeIndices(object), (std::vector<unsigned>{3, 4, 5, 6, 7, 8, 0, 1, 2}));
+    EXPECT_EQ(madeIndices(object), (std::vector<unsigned>{3, 4, 5, 6, 7, 8, 0, 1, 2}));  // -5, -3, -1
 
     // Seen from the other side (the eye behind z = -6) the order turns over.
     view.setPosition(0.0f, 0.0f, 6.0f);

@@ -95,8 +95,6 @@ public:
         glDisable(GL_DEPTH_TEST);
         glDisable(GL_CULL_FACE);
     }
-    FrameState(const FrameState&) = delete;
-    FrameState& operator=(const FrameState&) = delete;
 };
 
 std::vector<unsigned char> frame(World& world)
@@ -108,21 +106,14 @@ std::vector<unsigned char> frame(World& world)
 }
 
 // The colour at a point of the screen in normalised device units.
-std::vector<int> colourAt(const std::vector<unsigned char>& pixels, float x, float y)
-{
-    const int column = static_cast<int>((x + 1.0f) * 0.5f * side);
-    const int row = static_cast<int>((y + 1.0f) * 0.5f * side);
-    const unsigned char* p = &pixels[(row * side + column) * 4];
-    return {p[0], p[1], p[2]};
-}
-
 void expectColour(const std::vector<unsigned char>& pixels, float x, float y, std::vector<int> expected,
                   const char* what)
 {
-    const std::vector<int> got = colourAt(pixels, x, y);
+    const int column = static_cast<int>((x + 1.0f) * 0.5f * side);
+    const int row = static_cast<int>((y + 1.0f) * 0.5f * side);
     for (int i = 0; i < 3; ++i) {
         // Half-transparent blue over red lands on 127 or 128 by rounding.
-        EXPECT_NEAR(got[i], expected[i], 2) << what << ", channel " << i;
+        EXPECT_NEAR(pixels[(row * side + column) * 4 + i], expected[i], 2) << what << ", channel " << i;
     }
 }
 
@@ -143,9 +134,7 @@ Shape3D* quad(const World& world, float x0, float y0, float x1, float y1, float 
     return object;
 }
 
-class WorldDrawGLTest : public GLContextFixture {};
-
-TEST_F(WorldDrawGLTest, OpaqueObjectsFirstThenBlendedOnesThenTheSelection)
+TEST_F(WorldGLTest, OpaqueObjectsFirstThenBlendedOnesThenTheSelection)
 {
     Programs programs;
     FrameState state;
@@ -159,19 +148,11 @@ TEST_F(WorldDrawGLTest, OpaqueObjectsFirstThenBlendedOnesThenTheSelection)
     Shape3D* wall = quad(world, -1.0f, -1.0f, 1.0f, 0.5f, -10.0f, "Red", IObject3D::kindPlain);
     world.addElement("b wall", wall);
     world.addElement("c both", quad(world, -0.8f, -0.8f, -0.2f, 0.2f, -5.0f, "Glass", 3));
-    // Across the whole width, but with both corners beyond the far distance.
-    const float wide = 200.0f * world.getProjection().m[0] / 50.0f;
-    Shape3D* strip = quad(world, -wide, 0.6f, wide, 0.9f, -50.0f, "Red", IObject3D::kindPlain);
-    world.addElement("d strip", strip);
 
     std::vector<unsigned char> pixels = frame(world);
     expectColour(pixels, 0.0f, -0.3f, {255, 0, 0}, "wall");
     expectColour(pixels, 0.5f, -0.3f, {127, 0, 128}, "glass over the wall");
     expectColour(pixels, -0.5f, -0.3f, {0, 0, 255}, "element kind 3, drawn without blending");
-    expectColour(pixels, 0.0f, 0.75f, {0, 0, 0}, "strip left out");
-    strip->draw();  // it is the visibility test that left it out
-    pixels = readWindow();
-    expectColour(pixels, 0.0f, 0.75f, {255, 0, 0}, "strip drawn by hand");
 
     // The marker covers the selected face, the wall's lower right half.
     const korvel::Triangle* face = wall->getShape()->getTriangles().front();
@@ -182,7 +163,7 @@ TEST_F(WorldDrawGLTest, OpaqueObjectsFirstThenBlendedOnesThenTheSelection)
     expectColour(pixels, 0.5f, -0.3f, {127, 0, 128}, "glass, drawn before the marker");
 }
 
-TEST_F(WorldDrawGLTest, TheBeamRunsFromTheLowerRightCornerToTheCursor)
+TEST_F(WorldGLTest, TheBeamRunsFromTheLowerRightCornerToTheCursor)
 {
     auto greenPixels = [](const std::vector<unsigned char>& p) {
         std::vector<std::pair<int, int>> green;  // column, row from the bottom
@@ -211,7 +192,7 @@ TEST_F(WorldDrawGLTest, TheBeamRunsFromTheLowerRightCornerToTheCursor)
     EXPECT_LT(green.back().first, side / 2);  // it reaches towards the cursor
 }
 
-TEST_F(WorldDrawGLTest, BlendedFacesAreOrderedFromTheFarthestAsTheCameraMoves)
+TEST_F(WorldGLTest, BlendedFacesAreOrderedFromTheFarthestAsTheCameraMoves)
 {
     Programs programs;
     World world;
@@ -270,27 +251,24 @@ void populate(World& world)
     world.addElement("left", place(korvel::ModelManager::getInstance()->createClone("ball"), -1.5f, 0, -8, 0.4f, 1));
     world.addElement("right", place(korvel::ModelManager::getInstance()->createClone("ball"), 1.5f, 1, -9, 0, 0.7f));
 
-    auto* cube = new Shape3D();
-    korvel::Shape::generateCube(cube->getShape(), 2);
-    cube->setShaderProgram(Programs::get("Shade"));
-    cube->updateLimits();
-    world.addElement("cube", place(cube, 0, -1.5f, -7, 0.5f, 1.2f));
-
+    auto cube = [](int division) {
+        auto* object = new Shape3D();
+        korvel::Shape::generateCube(object->getShape(), division);
+        object->setShaderProgram(Programs::get("Shade"));
+        object->updateLimits();
+        return object;
+    };
+    world.addElement("cube", place(cube(2), 0, -1.5f, -7, 0.5f, 1.2f));
     auto* pair = new korvel::Compound3D();
-    for (const char* name : {"one", "two"}) {
-        auto* part = new Shape3D();
-        korvel::Shape::generateCube(part->getShape(), 1);
-        part->setShaderProgram(Programs::get("Shade"));
-        part->updateLimits();
-        pair->addJoinedComponent(part, name);
-    }
+    pair->addJoinedComponent(cube(1), "one");
+    pair->addJoinedComponent(cube(1), "two");
     pair->getJoint("two")->getMatrixObjectChange()->setPosition(1.2f, 0.3f, 0.0f);
     pair->updateLimits();
     world.addElement("pair", place(pair, -2.5f, -2, -11, 0.7f, 0.8f));
     world.linkObjects();  // makes what is not made yet
 }
 
-TEST_F(WorldDrawGLTest, AWorldSavedAndLoadedAgainDrawsTheSamePicture)
+TEST_F(WorldGLTest, AWorldSavedAndLoadedAgainDrawsTheSamePicture)
 {
     Programs programs;
     FrameState state;
@@ -321,12 +299,7 @@ TEST_F(WorldDrawGLTest, AWorldSavedAndLoadedAgainDrawsTheSamePicture)
     EXPECT_EQ(out.text().find("[Warning]"), std::string::npos) << out.text();
     EXPECT_EQ(copy.countElements(), 4u);
     ASSERT_TRUE(copy.setup());
-    const std::vector<unsigned char> after = frame(copy);
-    int different = 0;
-    for (std::size_t i = 0; i < before.size(); ++i) {
-        different += before[i] != after[i] ? 1 : 0;
-    }
-    EXPECT_EQ(different, 0);
+    EXPECT_TRUE(frame(copy) == before);
     copy.releaseObjects();
     korvel::ModelManager::getInstance()->cleanUp();  // the clones are gone
 }
