@@ -190,20 +190,21 @@ TEST(ApplicationQuorbaneTest, AHitFlashesPushesTheBodyAndSplashesWhatIsAliveWith
 {
     TestGame game;
     game.quiet();
+    // The one hit, one just inside the splash and one at its reach, a dead
+    // one, and one right at the impact.
+    const Vector4D at[] = {point(0, 0, 0), point(19.9f, 0, 0), point(20.0f, 0, 0), point(5, 0, 0), point(0, 0, 0)};
+    for (int i = 0; i < 5; ++i) {
+        TestGame::place(game.getEnemy(i), at[i]);
+    }
     korvel::Enemy& hit = game.getEnemy(0);
-    TestGame::place(hit, point(0, 0, 0));
-    TestGame::place(game.getEnemy(1), point(19.9f, 0, 0));
-    TestGame::place(game.getEnemy(2), point(20.0f, 0, 0));
-    TestGame::place(game.getEnemy(3), point(5, 0, 0));
     game.getEnemy(3).die();
-    TestGame::place(game.getEnemy(4), point(0, 0, 0));  // right at the impact
     game.spawnBullet(point(0, 3, 0), direction(0, 0, -200), direction(0, 1, 0));
     TestGame::place(game.getAvatar(), point(0, 0, 10));
     game.getAvatar().alive();
 
     game.addBlowForce(&hit, point(0, 0, 0), 300.0f, direction(0, 0, -2));
 
-    // The flash, 0.5 to 2.5 s long, at the point.
+    // The flash, at the point.
     korvel::Explosion& flash = game.getExplosion(0);
     EXPECT_TRUE(flash.isAlive);
     EXPECT_EQ(flash.getPosition(), point(0, 0, 0));
