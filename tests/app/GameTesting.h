@@ -47,7 +47,6 @@ public:
     }
 
     korvel::World& scene() { return *world; }
-    const Vector4D& background() const { return backgroundColour; }
     void pointAt(double x, double y)
     {
         cursorX = x;
