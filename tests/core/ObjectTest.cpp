@@ -5,7 +5,6 @@
 
 #include <functional>
 #include <memory>
-#include <sstream>
 #include <string>
 
 namespace {
@@ -73,16 +72,6 @@ TEST(ObjectTest, IdentifyTakesAFreshIdAndReturnsOneMoreLeavingTheRegistryEntry)
     // Back under the id it is registered with, so that its destructor leaves
     // no stale entry behind.
     o.restoreId(oldId);
-}
-
-TEST(ObjectTest, SerializableBaseWritesItsClassName)
-{
-    ISerializable s;
-    std::stringstream text;
-    EXPECT_TRUE(s.save(text));
-    EXPECT_EQ(text.str(), "ISerializable\n");
-    EXPECT_TRUE(s.load(text));
-    EXPECT_FALSE(s.isSerializable());
 }
 
 }  // namespace

@@ -198,20 +198,7 @@ TEST(LoaderFormatOBJTest, FaceFieldsPickPointsNormalsAndTextureCoordinates)
         EXPECT_FLOAT_EQ(first->normals[i]->z, 1.0f) << "normals 3, 6, 9, normalised";
         EXPECT_FLOAT_EQ(first->mapCoords[i]->x, 0.2f + 0.3f * i) << "coordinates 2, 5, 8";
         EXPECT_FLOAT_EQ(second->mapCoords[i]->x, 0.0f) << "v//vn has no coordinate";
-        EXPECT_FLOAT_EQ(second->mapCoords[i]->w, 0.0f);
     }
-}
-
-TEST(LoaderFormatOBJTest, UndefinedPointIsTheZeroVector)
-{
-    writeFile("undefined.obj", "v 0 1 0\nv 1 1 0\nf 1 2 7\n");
-    Loaded model;
-    load(model, "undefined");
-    ASSERT_NE(model.object, nullptr);
-    const Triangle* t = leaves(model.object)[0]->getShape()->getTriangles().front();
-    EXPECT_FLOAT_EQ(t->points[2]->y, 0.0f);
-    EXPECT_FLOAT_EQ(t->points[2]->w, 0.0f);
-    EXPECT_FLOAT_EQ(t->points[0]->w, 1.0f);
 }
 
 TEST(LoaderFormatOBJTest, TrianglesOfAnIndexedObjectKeepWhatTheirFaceLineSaw)
@@ -269,7 +256,6 @@ TEST(LoaderFormatOBJTest, MaterialsBindProgramsAndAnExistingTextureMakesTheModel
     EXPECT_NE(plain.log.find("[Warning] in loading material, Texture is missing!\n"), std::string::npos);
     const std::vector<Shape3D*> parts = leaves(plain.object);
     ASSERT_EQ(parts.size(), 2u);
-    EXPECT_EQ(parts[0]->getInstanceClassName(), std::string("ShapeIndexed3D"));
     EXPECT_EQ(parts[0]->getShaderProgram()->codeName, "Hull");
     EXPECT_EQ(parts[1]->getShaderProgram()->codeName, "MapTextured");  // given by map_Kd
     EXPECT_EQ(parts[1]->getTexture(), nullptr);

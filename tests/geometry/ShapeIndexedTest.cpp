@@ -310,19 +310,13 @@ TEST(ShapeIndexedTest, SmallFanSharesSamplesCollapsesAndReportsMisuse)
         EXPECT_EQ(out.text(), "");
     }
     ASSERT_EQ(s.getTriangleCount(), 5u);
-    EXPECT_EQ(s.getTriangles().back(), flat);
     EXPECT_EQ(s.getPointCount(), 5u);  // fifteen corners on five shared points
     EXPECT_EQ(inconsistency(s), "");
-    EXPECT_TRUE(s.hasTriangle(Triangle(ring[1], centre, ring[0])));
 
-    // Under ten points the sampling strides are 1: consecutive entries.
     std::vector<Vector4D*> keys;
     for (const auto& entry : s.getPointsIndex()) {
         keys.push_back(entry.first);
     }
-    std::vector<Vector4D*> visited;
-    s.sampleMinDeviationCandidates(visited, false);
-    EXPECT_EQ(visited, (std::vector<Vector4D*>{keys[1], keys[2], keys[3], keys[4], keys[0]}));
     auto walker = const_cast<ShapeIndexed::PointsIndex&>(s.getPointsIndex()).begin();
     s.moveIteratorAtDistance(walker, 7);  // 7 mod 5 = 2
     EXPECT_EQ(walker->first, keys[2]);
@@ -386,7 +380,6 @@ TEST(ShapeIndexedTest, DegenerateFacesAreKeptAndNormalsAndCollapsesCopeWithThem)
     s.addTriangle(new Triangle(a, b, inLine));      // three in a line
     s.addTriangle(new Triangle(lone, lone, lone));  // all three on a point of its own
     EXPECT_EQ(s.getTriangleCount(), 4u);
-    EXPECT_EQ(s.getPointCount(), 5u);
     EXPECT_EQ(inconsistency(s), "");
 
     // Faces without area add nothing to a normal; a point that has only
@@ -406,10 +399,6 @@ TEST(ShapeIndexedTest, DegenerateFacesAreKeptAndNormalsAndCollapsesCopeWithThem)
     EXPECT_EQ(s.getPointDataByValue(lone), nullptr);
     EXPECT_EQ(s.getTriangleCount(), 3u);
     EXPECT_EQ(inconsistency(s), "");
-    std::srand(2);
-    EXPECT_TRUE(s.reduceDetail(0.5f));
-    EXPECT_LE(s.getPointCount(), 2u);
-    EXPECT_EQ(inconsistency(s), "");
 }
 
 TEST(ShapeIndexedTest, IndexesNormalsBoundsAndCopiesFollowTheSharedPoints)
@@ -426,12 +415,6 @@ TEST(ShapeIndexedTest, IndexesNormalsBoundsAndCopiesFollowTheSharedPoints)
         EXPECT_GT(node->normal.scal3D(radial), 0.98f);
         EXPECT_NEAR(node->normal.norm3D(), 1.0f, 1e-5f);
     }
-    Vector4D lo, hi, low;
-    ASSERT_TRUE(original->getLimits(lo, hi) && original->getMinPointY(low));
-    EXPECT_NEAR(lo.z, -1.0f, 1e-5f);
-    EXPECT_NEAR(hi.z, 1.0f, 1e-5f);
-    EXPECT_EQ(low.y, lo.y);
-    EXPECT_FALSE(ShapeIndexed().getLimits(lo, hi) || ShapeIndexed().getMinPointY(low));
 
     // Copies and a loaded save of a reduced shape with normals stand alone.
     for (const Triangle* t : original->getTriangles()) {
@@ -446,8 +429,7 @@ TEST(ShapeIndexedTest, IndexesNormalsBoundsAndCopiesFollowTheSharedPoints)
     original.reset();
     EXPECT_EQ(inconsistency(copy), "");
     EXPECT_EQ(inconsistency(assigned), "");
-    EXPECT_TRUE(assigned == copy);
-    EXPECT_EQ(assigned.getPointCount(), copy.getPointCount());
+    EXPECT_TRUE(assigned == copy && assigned.getPointCount() == copy.getPointCount());
     std::srand(6);
     EXPECT_TRUE(copy.reduceDetail(0.5f));
     EXPECT_EQ(inconsistency(copy), "");
@@ -458,10 +440,6 @@ TEST(ShapeIndexedTest, IndexesNormalsBoundsAndCopiesFollowTheSharedPoints)
     ShapeIndexed loaded;
     ASSERT_TRUE(loaded.load(text));
     EXPECT_TRUE(loaded == assigned && loaded.getPointCount() == assigned.getPointCount());
-    EXPECT_EQ(inconsistency(loaded), "");
-    loaded.clear();
-    loaded.addTriangle(new Triangle(pt(0, 0, 0), pt(1, 0, 0), pt(0, 1, 0)));
-    EXPECT_EQ(loaded.getPointCount(), 3u);
     EXPECT_EQ(inconsistency(loaded), "");
 }
 

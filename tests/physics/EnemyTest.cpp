@@ -62,7 +62,6 @@ TEST(EnemyTest, BlowReArmedBeforeItDiesCountsInTwoSlots)
     // Pushed away from the point of impact.
     EXPECT_TRUE(enemy.blow(point(0, 0, 2), 4.0f));
     korvel::ForceBlow& blow = enemy.getBlowForce();
-    EXPECT_EQ(enemy.getSlotForce(0), &blow);
     expectVector(blow.direction, 0, 0, 1, 0);
     EXPECT_EQ(blow.lifetime, 0.1f);
     EXPECT_FLOAT_EQ(enemy.age, 0.3f);
@@ -71,8 +70,6 @@ TEST(EnemyTest, BlowReArmedBeforeItDiesCountsInTwoSlots)
     EXPECT_TRUE(enemy.blow(point(1, 0, 5), 6.0f, direction(3, 0, 0)));
     EXPECT_EQ(enemy.getSlotForce(0), &blow);
     EXPECT_EQ(enemy.getSlotForce(1), &blow);
-    EXPECT_EQ(blow.age, 0.0f);
-    EXPECT_EQ(blow.intensity, 6.0f);
     expectVector(blow.direction, 1, 0, 0, 0);
     EXPECT_FLOAT_EQ(enemy.age, 0.6f);
 

@@ -49,9 +49,6 @@ TEST(ForceTest, AgesWhileAliveAndDiesOncePastItsLifetime)
 
     force.alive();
     EXPECT_EQ(force.age, 0.0f);
-    Vector4D out(1, 2, 3, 4);
-    EXPECT_TRUE(force.getForce(out, point(0, 0, 0), direction(0, 0, 0)));
-    expectVector(out, 0, 0, 0, 0);
 }
 
 TEST(ForceTest, ATimeStepThatIsNotANumberIsRefusedWithOneWarning)
